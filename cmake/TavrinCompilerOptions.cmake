@@ -1,0 +1,14 @@
+# Warnings and sanitizers shared by every target of the project.
+add_library(tavrin_compiler_options INTERFACE)
+target_compile_options(tavrin_compiler_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+  -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wimplicit-fallthrough)
+if(TAVRIN_WERROR)
+  target_compile_options(tavrin_compiler_options INTERFACE -Werror)
+endif()
+
+if(TAVRIN_SANITIZE)
+  set(tavrin_sanitize_flags -fsanitize=${TAVRIN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_compile_options(${tavrin_sanitize_flags})
+  add_link_options(${tavrin_sanitize_flags})
+endif()

@@ -1,0 +1,5 @@
+#pragma once
+
+// The whole public interface of tavrinsdk.
+#include <tavrin/error.hpp>
+#include <tavrin/version.hpp>

@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages the build, the tests and the benchmarks need.
+# Idempotent: does nothing (and prints nothing) when every package is present.
+set -euo pipefail
+
+packages=(
+  cmake ninja-build g++ clang-14 libclang-rt-14-dev clang-format pkg-config
+  zlib1g-dev liblzma-dev liblz4-dev libcurl4-openssl-dev libicu-dev libssl-dev
+  nlohmann-json3-dev libcpp-httplib-dev libsqlite3-dev libcli11-dev
+  libgtest-dev libgmock-dev libbenchmark-dev rapidjson-dev
+  gzip xz-utils openssl ca-certificates
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  status=$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)
+  [[ "$status" == "install ok installed" ]] || missing+=("$p")
+done
+((${#missing[@]} == 0)) && exit 0
+
+echo "installing: ${missing[*]}"
+sudo_cmd=()
+((EUID == 0)) || sudo_cmd=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${sudo_cmd[@]}" apt-get update -qq
+"${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,227 @@
+#include "dataset/JsonWriter.hpp"
+
+#include "dataset/Tape.hpp"
+
+#include <tavrin/error.hpp>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+namespace tavrin {
+namespace {
+
+// How each byte of a text is written: copied as it is, escaped, or checked as
+// the lead byte of a multi-byte UTF-8 sequence.
+enum ByteClass : std::uint8_t { plain = 0, escaped = 1, multiByte = 2 };
+
+constexpr std::array<std::uint8_t, 256> byteClasses = [] {
+  std::array<std::uint8_t, 256> classes{};
+  for (unsigned byte = 0; byte < 0x20; ++byte) classes[byte] = escaped;
+  classes['"'] = escaped;
+  classes['\\'] = escaped;
+  for (unsigned byte = 0x80; byte < 0x100; ++byte) classes[byte] = multiByte;
+  return classes;
+}();
+
+// The length of the well-formed UTF-8 sequence at `text`, or 0 when the bytes
+// there are not one (overlong forms, surrogates and values past U+10FFFF).
+std::size_t utf8SequenceLength(const std::uint8_t* text, const std::uint8_t* end) {
+  const std::uint8_t lead = text[0];
+  std::size_t length = 0;
+  std::uint8_t low = 0x80;
+  std::uint8_t high = 0xBF;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3;
+    if (lead == 0xE0) low = 0xA0;
+    if (lead == 0xED) high = 0x9F;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4;
+    if (lead == 0xF0) low = 0x90;
+    if (lead == 0xF4) high = 0x8F;
+  } else {
+    return 0;
+  }
+  if (static_cast<std::size_t>(end - text) < length) return 0;
+  if (text[1] < low || text[1] > high) return 0;
+  for (std::size_t i = 2; i < length; ++i) {
+    if (text[i] < 0x80 || text[i] > 0xBF) return 0;
+  }
+  return length;
+}
+
+class Writer {
+ public:
+  explicit Writer(std::size_t expectedSize) : _buffer(expectedSize + numberRoom, '\0') {
+    _out = _buffer.data();
+    _end = _out + _buffer.size();
+  }
+
+  void writeDocument(const DatasetDocument& document) {
+    put('[');
+    for (const Element& section : document) {
+      reserve(2);
+      put('{');
+      const std::string& name = section.Name();
+      writeString(reinterpret_cast<const std::uint8_t*>(name.data()), name.size());
+      put(':');
+      const auto values = section.ChildElements().view().bytes();
+      writeValues(values.data(), values.data() + values.size());
+      reserve(2);
+      put('}');
+      put(',');
+    }
+    closeList(']');
+  }
+
+  std::string finish() {
+    _buffer.resize(static_cast<std::size_t>(_out - _buffer.data()));
+    return std::move(_buffer);
+  }
+
+ private:
+  // Numbers need at most 24 characters; one more for the comma.
+  static constexpr std::size_t numberRoom = 32;
+
+  void put(char c) { *_out++ = c; }
+
+  void reserve(std::size_t bytes) {
+    if (static_cast<std::size_t>(_end - _out) < bytes) grow(bytes);
+  }
+
+  void grow(std::size_t bytes) {
+    const auto used = static_cast<std::size_t>(_out - _buffer.data());
+    _buffer.resize(std::max(_buffer.size() * 2, used + bytes + numberRoom));
+    _out = _buffer.data() + used;
+    _end = _buffer.data() + _buffer.size();
+  }
+
+  // Every value is followed by a comma; the last one is turned into the bracket.
+  void closeList(char bracket) {
+    reserve(2);
+    if (_out[-1] == ',') {
+      _out[-1] = bracket;
+    } else {
+      put(bracket);
+    }
+  }
+
+  void writeValues(const std::uint8_t* position, const std::uint8_t* end) {
+    reserve(1);
+    put('[');
+    while (position < end) {
+      const std::uint8_t tag = *position++;
+      reserve(numberRoom);
+      switch (tape::kindOf(tag)) {
+        case tape::signedInteger: {
+          const unsigned size = tape::payloadSize(tag);
+          _out = std::to_chars(_out, _end, tape::readSigned(position, size)).ptr;
+          position += size;
+          break;
+        }
+        case tape::unsignedInteger: {
+          const unsigned size = tape::payloadSize(tag);
+          _out = std::to_chars(_out, _end, tape::readUnsigned(position, size)).ptr;
+          position += size;
+          break;
+        }
+        case tape::string: {
+          const std::size_t length = tape::readLength(position);
+          writeString(position, length);
+          position += length;
+          break;
+        }
+        case tape::row: {
+          const std::size_t length = tape::readLength(position);
+          writeValues(position, position + length);
+          position += length;
+          break;
+        }
+        default: position = writeScalar(tag, position); break;
+      }
+      put(',');
+    }
+    closeList(']');
+  }
+
+  const std::uint8_t* writeScalar(std::uint8_t tag, const std::uint8_t* payload) {
+    switch (tag) {
+      case tape::falseValue: append("false", 5); return payload;
+      case tape::trueValue: append("true", 4); return payload;
+      case tape::floatingPoint: {
+        const double value = tape::readDouble(payload);
+        if (!std::isfinite(value)) throw JsonWriteError("number is not finite");
+        _out = std::to_chars(_out, _end, value).ptr;
+        return payload + sizeof(double);
+      }
+      default: append("null", 4); return payload;
+    }
+  }
+
+  void append(const char* text, std::size_t length) {
+    std::memcpy(_out, text, length);
+    _out += length;
+  }
+
+  void writeString(const std::uint8_t* text, std::size_t length) {
+    // Worst case: every byte becomes a six-character escape.
+    reserve(length * 6 + 3);
+    put('"');
+    const std::uint8_t* end = text + length;
+    while (text < end) {
+      const std::uint8_t* run = text;
+      while (text < end && byteClasses[*text] == plain) ++text;
+      append(reinterpret_cast<const char*>(run), static_cast<std::size_t>(text - run));
+      if (text == end) break;
+      if (byteClasses[*text] == escaped) {
+        writeEscape(*text++);
+      } else {
+        const std::size_t sequence = utf8SequenceLength(text, end);
+        if (sequence == 0) throw JsonWriteError("text is not valid UTF-8");
+        append(reinterpret_cast<const char*>(text), sequence);
+        text += sequence;
+      }
+    }
+    put('"');
+  }
+
+  void writeEscape(std::uint8_t byte) {
+    static constexpr char hex[] = "0123456789abcdef";
+    put('\\');
+    switch (byte) {
+      case '"': put('"'); return;
+      case '\\': put('\\'); return;
+      case '\b': put('b'); return;
+      case '\f': put('f'); return;
+      case '\n': put('n'); return;
+      case '\r': put('r'); return;
+      case '\t': put('t'); return;
+      default:
+        append("u00", 3);
+        put(hex[byte >> 4]);
+        put(hex[byte & 0x0F]);
+    }
+  }
+
+  std::string _buffer;
+  char* _out = nullptr;
+  char* _end = nullptr;
+};
+
+}  // namespace
+
+std::string writeJson(const DatasetDocument& document) {
+  // Values take a little more room as JSON text than in their encoded form.
+  std::size_t encoded = 0;
+  for (const Element& section : document) {
+    encoded += section.ChildElements().view().bytes().size() + section.Name().size() + 8;
+  }
+  Writer writer(encoded + encoded / 2);
+  writer.writeDocument(document);
+  return writer.finish();
+}
+
+}  // namespace tavrin

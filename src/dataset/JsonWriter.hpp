@@ -1,0 +1,16 @@
+#pragma once
+
+#include "dataset/Element.hpp"
+
+#include <string>
+
+namespace tavrin {
+
+// Writes the dataset as compact UTF-8 JSON: an array of one-member objects,
+// section name to the array of its values. Doubles take the shortest text that
+// reads back to the same value; unsigned integers keep all their digits.
+// Throws JsonWriteError, and produces nothing, for a number that is not finite
+// or a text that is not valid UTF-8.
+std::string writeJson(const DatasetDocument& document);
+
+}  // namespace tavrin

@@ -1,0 +1,21 @@
+#include <tavrin/error.hpp>
+
+namespace tavrin {
+
+std::optional<ErrorType> errorTypeFromRawValue(long long rawValue) noexcept {
+  if (rawValue < 0 || rawValue > 4) return std::nullopt;
+  return static_cast<ErrorType>(rawValue);
+}
+
+const char* errorTypeName(ErrorType type) noexcept {
+  switch (type) {
+    case ErrorType::invalidInput: return "invalidInput";
+    case ErrorType::connectionFailed: return "connectionFailed";
+    case ErrorType::accessDenied: return "accessDenied";
+    case ErrorType::serverRejected: return "serverRejected";
+    case ErrorType::processingFailed: return "processingFailed";
+  }
+  return "unknown";
+}
+
+}  // namespace tavrin

@@ -1,0 +1,23 @@
+#include "Commands.hpp"
+
+#include <vector>
+
+int main(int argc, char** argv) {
+  CLI::App app{"tavrin: the tavrinsdk command-line tool"};
+  app.require_subcommand(1);
+
+  const std::vector<tavrin::tool::Command> commands{
+      tavrin::tool::addExampleCommand(app),
+  };
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    // Help is a success; every other parse failure is a usage error.
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  for (const auto& command : commands) {
+    if (command.options->parsed()) return command.run();
+  }
+  return 2;
+}
