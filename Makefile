@@ -5,7 +5,7 @@ SANITIZE_BUILD ?= build-sanitize
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test test-sanitize bench deps configure build clean format
+.PHONY: demo test test-sanitize bench fuzz deps build clean format
 
 deps:
 	@./scripts/install-deps.sh
@@ -34,8 +34,25 @@ bench: deps
 	@cmake --build build-bench -j $(JOBS) --target tavrin_bench
 	@build-bench/bench/tavrin_bench
 
+# Every fuzz target, built with clang and libFuzzer, run for FUZZ_SECONDS each.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	@cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
+	  -DTAVRIN_SANITIZE=address,undefined -DTAVRIN_BUILD_FUZZ=ON \
+	  -DTAVRIN_BUILD_TESTS=OFF -DTAVRIN_BUILD_TOOLS=OFF $(CMAKE_FLAGS) >/dev/null
+	@cmake --build build-fuzz -j $(JOBS)
+	@for target in build-fuzz/fuzz/fuzz_*; do \
+	  [ -x "$$target" ] || continue; \
+	  name=$$(basename $$target); mkdir -p build-fuzz/corpus-$$name; \
+	  echo "fuzzing $$name for $(FUZZ_SECONDS)s"; \
+	  $$target -max_total_time=$(FUZZ_SECONDS) build-fuzz/corpus-$$name >build-fuzz/$$name.log 2>&1 \
+	    || { tail -n 40 build-fuzz/$$name.log; exit 1; }; \
+	  tail -n 1 build-fuzz/$$name.log; \
+	done
+
 format:
 	@clang-format -i $$(git ls-files '*.cpp' '*.hpp')
 
 clean:
-	@rm -rf $(BUILD) $(SANITIZE_BUILD) build-bench
+	@rm -rf $(BUILD) $(SANITIZE_BUILD) build-bench build-fuzz

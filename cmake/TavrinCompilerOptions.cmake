@@ -12,3 +12,8 @@ if(TAVRIN_SANITIZE)
   add_compile_options(${tavrin_sanitize_flags})
   add_link_options(${tavrin_sanitize_flags})
 endif()
+
+# Coverage feedback for libFuzzer in every object the fuzz targets link.
+if(TAVRIN_BUILD_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
