@@ -2,4 +2,5 @@
 
 // The whole public interface of tavrinsdk.
 #include <tavrin/error.hpp>
+#include <tavrin/platform/Platform.hpp>
 #include <tavrin/version.hpp>

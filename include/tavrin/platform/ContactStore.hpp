@@ -1,0 +1,85 @@
+#pragma once
+
+#include <tavrin/platform/AccessHandler.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace tavrin::platform {
+
+/// One entry of a multi-valued contact property.
+template <typename Value>
+struct LabeledValue {
+  std::string identifier;            ///< The entry's identifier.
+  std::optional<std::string> label;  ///< The label: predefined ("_$!<Home>!$_"), custom, or absent.
+  Value value;                       ///< The entry's value.
+};
+
+/// A postal address; texts are empty when not set.
+struct PostalAddress {
+  std::string street, city, state, postalCode;
+  std::string country;                ///< As entered.
+  std::string isoCountryCode;         ///< As entered.
+  std::string subAdministrativeArea;  ///< Offered from system 10.3 on.
+  std::string subLocality;            ///< Offered from system 10.3 on.
+};
+
+/// A social-network profile; texts are empty when not set.
+struct SocialProfile {
+  std::string urlString, username, userIdentifier, service;
+};
+
+/// An instant-messaging address; texts are empty when not set.
+struct InstantMessageAddress {
+  std::string username, service;
+};
+
+/// One address-book contact. Texts are empty when not set, never absent.
+struct Contact {
+  std::string identifier;
+  std::optional<double> birthday;              ///< Resolved instant, seconds since 1970.
+  std::optional<double> nonGregorianBirthday;  ///< Resolved instant, seconds since 1970.
+  std::int64_t contactType = 0;                ///< 0 person, 1 organization (raw value).
+  std::string givenName, middleName, familyName, previousFamilyName, nameSuffix, namePrefix,
+      nickname, phoneticGivenName, phoneticMiddleName, phoneticFamilyName,
+      phoneticOrganizationName, organizationName, departmentName, jobTitle, note;
+  bool imageDataAvailable = false;
+  std::vector<LabeledValue<SocialProfile>> socialProfiles;
+  std::vector<LabeledValue<std::string>> phoneNumbers;      ///< The numbers' string values.
+  std::vector<LabeledValue<std::string>> urlAddresses;
+  std::vector<LabeledValue<PostalAddress>> postalAddresses;
+  std::vector<LabeledValue<std::string>> emailAddresses;
+  std::vector<LabeledValue<std::string>> contactRelations;  ///< The related persons' names.
+  std::vector<LabeledValue<InstantMessageAddress>> instantMessageAddresses;
+};
+
+/// A contact group.
+struct ContactGroup {
+  std::string identifier;
+  std::string name;
+};
+
+/// The address book. Calls answer on the calling thread unless stated otherwise.
+class ContactStore {
+ public:
+  virtual ~ContactStore() = default;
+
+  /// The raw authorization status for an entity type (0: contacts).
+  virtual std::int64_t authorizationStatus(std::int64_t entityType) = 0;
+  /// Asks the user for access; `handler` runs once, possibly on another thread.
+  virtual void requestAccess(std::int64_t entityType, AccessHandler handler) = 0;
+  /// Delivers every contact once, in a stable order, synchronously on the calling
+  /// thread; `keysToFetch` names the properties asked for. Returns the error that
+  /// ended the enumeration, or absent when it completed.
+  virtual std::optional<PlatformError> enumerateContacts(
+      const std::vector<std::string>& keysToFetch,
+      const std::function<void(const Contact&)>& block) = 0;
+  /// Every group of every container, or the error that refused the query.
+  virtual std::variant<std::vector<ContactGroup>, PlatformError> groups() = 0;
+};
+
+}  // namespace tavrin::platform

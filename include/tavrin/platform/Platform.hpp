@@ -1,0 +1,60 @@
+#pragma once
+
+#include <tavrin/platform/CaptureDeviceSource.hpp>
+#include <tavrin/platform/Clock.hpp>
+#include <tavrin/platform/ContactStore.hpp>
+#include <tavrin/platform/DeviceInfo.hpp>
+#include <tavrin/platform/EventStore.hpp>
+#include <tavrin/platform/LocationServices.hpp>
+#include <tavrin/platform/PhotoLibrary.hpp>
+
+#include <tavrin/export.hpp>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace tavrin::platform {
+
+/// Everything the library asks of the device it runs on. A host implements it
+/// for its operating system, or uses one the library ships. The references
+/// returned stay valid for the platform's lifetime. A platform is used by one
+/// collection at a time.
+class Platform {
+ public:
+  virtual ~Platform() = default;
+
+  virtual DeviceInfo& device() = 0;                   ///< Device and system facts.
+  virtual ContactStore& contacts() = 0;               ///< The address book.
+  virtual EventStore& events() = 0;                   ///< Calendars, events and reminders.
+  virtual PhotoLibrary& photos() = 0;                 ///< The photo library.
+  virtual CaptureDeviceSource& captureDevices() = 0;  ///< Cameras and microphones.
+  virtual LocationServices& location() = 0;           ///< Location-service capabilities.
+  virtual Clock& clock() = 0;                         ///< The wall clock.
+  virtual RandomSource& random() = 0;                 ///< Uniform random integers.
+};
+
+/// The platform of the Linux machine the library runs on. `applicationIdentifier`
+/// names the host application for its vendor identifier; empty: the executable's name.
+TAVRIN_EXPORT std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier = {});
+
+/// Why a device profile could not be loaded: the file, the JSON pointer of the
+/// offending value ("" for the whole document) and the reason.
+class TAVRIN_EXPORT DeviceProfileError : public std::runtime_error {
+ public:
+  /// Makes the error; what() reads "FILE: POINTER: REASON".
+  DeviceProfileError(std::string file, std::string pointer, std::string reason);
+  const std::string& file() const noexcept { return _file; }        ///< The profile's path.
+  const std::string& pointer() const noexcept { return _pointer; }  ///< JSON pointer, e.g. "/contacts/3/birthday".
+  const std::string& reason() const noexcept { return _reason; }    ///< What is wrong there.
+
+ private:
+  std::string _file, _pointer, _reason;
+};
+
+/// A platform read from a device-profile file (a whole phone described in JSON).
+/// Blocks while it reads the file. Throws DeviceProfileError when the file cannot
+/// be read or the profile is malformed; it never half-loads.
+TAVRIN_EXPORT std::shared_ptr<Platform> loadDeviceProfile(const std::string& path);
+
+}  // namespace tavrin::platform
