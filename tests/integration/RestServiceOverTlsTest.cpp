@@ -12,10 +12,7 @@
 namespace tavrin {
 namespace {
 
-using testing_support::expectTavrinError;
-using testing_support::ScriptedAnswer;
-using testing_support::TestServer;
-using testing_support::TlsTestBed;
+using namespace testing_support;
 using Json = nlohmann::json;
 
 class RestServiceOverTls : public testing::Test {
@@ -141,6 +138,22 @@ TEST_F(RestServiceOverTls, ServerThatNeverAnswersTimesOut) {
   bed.server.script(TestServer::loginPath, ScriptedAnswer{200, "", true});
   expectTavrinError([&] { service.login("key-1"); }, ErrorType::connectionFailed, std::nullopt);
   EXPECT_EQ(bed.server.receivedPaths(), std::vector<std::string>{TestServer::loginPath});
+}
+
+TEST_F(RestServiceOverTls, TokenThatWouldSplitTheHeaderIsNeverSent) {
+  RestService service = client(bed.options());
+  bed.server.script(TestServer::loginPath,
+                    {200, R"({"token_type":"Bearer","access_token":"t\r\nX-Injected: 1"})"});
+  service.login("key-1");
+  expectTavrinError([&] { service.checkUniqueness("r-1"); }, ErrorType::connectionFailed,
+                    std::nullopt);
+  EXPECT_EQ(bed.server.receivedPaths(), std::vector<std::string>{TestServer::loginPath});
+}
+
+TEST_F(RestServiceOverTls, EndlessAnswerIsCutOff) {
+  RestService service = client(bed.options());
+  bed.server.script(TestServer::loginPath, {200, std::string(17u << 20, ' ')});
+  expectTavrinError([&] { service.login("key-1"); }, ErrorType::connectionFailed, std::nullopt);
 }
 
 }  // namespace

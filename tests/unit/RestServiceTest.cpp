@@ -63,6 +63,13 @@ class RestServiceTest : public testing::Test {
     transport->requests.clear();
   }
 
+  // A bare 401, a login that hands out token "second", then the given answer.
+  void answerAfterRelogin(std::string body) {
+    answer(401, "");
+    answer(200, secondTokens);
+    answer(200, std::move(body));
+  }
+
   std::string uploadWithRelogin() {
     return service->withRelogin([&] { return service->upload("QUJD", "r-1"); });
   }
@@ -313,9 +320,7 @@ TEST_F(RestServiceTest, FailedLoginKeepsThePreviousTokensAndKey) {
   answer(500, "");
   expectTavrinError([&] { service->login("key-2"); }, ErrorType::serverRejected, std::nullopt);
 
-  answer(401, "");
-  answer(200, secondTokens);
-  answer(200, R"("ok")");
+  answerAfterRelogin(R"("ok")");
   EXPECT_EQ(uploadWithRelogin(), "ok");
   ASSERT_EQ(transport->requests.size(), 4u);
   EXPECT_EQ(header(transport->requests[1], "Authorization"), "Bearer first");
@@ -326,9 +331,7 @@ TEST_F(RestServiceTest, FailedLoginKeepsThePreviousTokensAndKey) {
 
 TEST_F(RestServiceTest, BareUnauthorizedLogsInOnceAndRepeatsWithTheNewToken) {
   logIn();
-  answer(401, "");
-  answer(200, secondTokens);
-  answer(200, R"("accepted")");
+  answerAfterRelogin(R"("accepted")");
 
   EXPECT_EQ(uploadWithRelogin(), "accepted");
   ASSERT_EQ(transport->requests.size(), 3u);
@@ -341,67 +344,67 @@ TEST_F(RestServiceTest, BareUnauthorizedLogsInOnceAndRepeatsWithTheNewToken) {
 
 TEST_F(RestServiceTest, CheckIsRepeatedAfterReloginToo) {
   logIn();
-  answer(401, "not json");
-  answer(200, secondTokens);
-  answer(200, "false");
+  answerAfterRelogin("false");
 
   EXPECT_FALSE(service->withRelogin([&] { return service->checkUniqueness("r-1"); }));
   EXPECT_EQ(transport->requests.size(), 3u);
 }
 
-TEST_F(RestServiceTest, FailedReloginThrowsTheFirstUnauthorized) {
-  logIn();
-  answer(401, "");
-  answer(400, R"({"title":"auth_key_invalid"})");
-
-  expectTavrinError([&] { uploadWithRelogin(); }, ErrorType::accessDenied, "401");
-  EXPECT_EQ(transport->requests.size(), 2u);
-}
-
-TEST_F(RestServiceTest, SecondBareUnauthorizedIsThrownWithoutAnotherLogin) {
-  logIn();
-  answer(401, "");
-  answer(200, secondTokens);
-  answer(401, "");
-
-  expectTavrinError([&] { uploadWithRelogin(); }, ErrorType::accessDenied, "401");
-  EXPECT_EQ(transport->requests.size(), 3u);
-}
-
-TEST_F(RestServiceTest, RepeatThrowsWhateverItFailsWith) {
-  logIn();
-  answer(401, "");
-  answer(200, secondTokens);
-  failInTransport();
-
-  expectTavrinError([&] { uploadWithRelogin(); }, ErrorType::connectionFailed, std::nullopt);
-}
-
-struct NoRelogin {
-  long status;
-  std::string body;
+// What the server answers after a login, and how the wrapped upload then ends.
+struct ReloginCase {
+  const char* name;
+  std::vector<HttpOutcome> outcomes;
   ErrorType type;
   std::optional<std::string> message;
+  std::size_t requests;
 };
 
-class ErrorWithoutRelogin : public RestServiceTest,
-                            public testing::WithParamInterface<NoRelogin> {};
+class ReloginRule : public RestServiceTest, public testing::WithParamInterface<ReloginCase> {};
 
-TEST_P(ErrorWithoutRelogin, IsThrownAtOnce) {
+TEST_P(ReloginRule, EndsAsTheRuleSays) {
   logIn();
-  answer(GetParam().status, GetParam().body);
+  for (const auto& outcome : GetParam().outcomes) transport->outcomes.push_back(outcome);
   expectTavrinError([&] { uploadWithRelogin(); }, GetParam().type, GetParam().message);
-  EXPECT_EQ(transport->requests.size(), 1u);
+  EXPECT_EQ(transport->requests.size(), GetParam().requests);
+  EXPECT_TRUE(transport->outcomes.empty());
 }
 
+const HttpResponse bare401{401, ""};
+const HttpResponse newTokens{200, secondTokens};
+
 INSTANTIATE_TEST_SUITE_P(
-    Answers, ErrorWithoutRelogin,
-    testing::Values(NoRelogin{401, R"({"title":"auth_key_invalid"})", ErrorType::invalidInput,
-                              "invalid_grant_key. Authentication key is invalid"},
-                    NoRelogin{401, R"({"title":"subscription_suspended"})", ErrorType::accessDenied,
-                              "subscription_suspended. "},
-                    NoRelogin{403, "", ErrorType::accessDenied, "403"},
-                    NoRelogin{500, "", ErrorType::serverRejected, std::nullopt}));
+    Sequences, ReloginRule,
+    testing::Values(
+        ReloginCase{"RejectedKey",
+                    {HttpResponse{401, R"({"title":"auth_key_invalid"})"}},
+                    ErrorType::invalidInput,
+                    "invalid_grant_key. Authentication key is invalid",
+                    1},
+        ReloginCase{"Suspended",
+                    {HttpResponse{401, R"({"title":"subscription_suspended"})"}},
+                    ErrorType::accessDenied,
+                    "subscription_suspended. ",
+                    1},
+        ReloginCase{"Forbidden", {HttpResponse{403, ""}}, ErrorType::accessDenied, "403", 1},
+        ReloginCase{"ServerDown", {HttpResponse{500, ""}}, ErrorType::serverRejected, {}, 1},
+        ReloginCase{"ReloginRejected",
+                    {bare401, HttpResponse{400, R"({"title":"auth_key_invalid"})"}},
+                    ErrorType::accessDenied,
+                    "401",
+                    2},
+        ReloginCase{"ReloginUnreachable",
+                    {bare401, TransportFailure{"refused"}},
+                    ErrorType::accessDenied,
+                    "401",
+                    2},
+        ReloginCase{
+            "SecondBare401", {bare401, newTokens, bare401}, ErrorType::accessDenied, "401", 3},
+        ReloginCase{"RepeatUnreachable",
+                    {bare401, newTokens, TransportFailure{"refused"}},
+                    ErrorType::connectionFailed,
+                    {},
+                    3}),
+    [](const testing::TestParamInfo<ReloginCase>& param) { return std::string(param.param.name); });
 
 TEST_F(RestServiceTest, OtherExceptionsPassThroughWithoutLogin) {
   logIn();
