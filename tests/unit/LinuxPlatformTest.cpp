@@ -193,7 +193,8 @@ TEST(LinuxDeviceInfo, LocaleAndTimeZoneAreIcusDefaults) {
 }
 
 TEST(LinuxPlatform, LibraryBundleHoldsOnlyTheBuildsSdkIdentifier) {
-  auto& device = makeLinuxPlatform("app")->device();
+  const auto platform = makeLinuxPlatform("app");
+  auto& device = platform->device();
 #ifdef TAVRIN_SDK_IDENTIFIER
   EXPECT_EQ(device.libraryBundleString("SDKIdentifier"), TAVRIN_SDK_IDENTIFIER);
 #else
