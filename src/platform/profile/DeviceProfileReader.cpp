@@ -38,7 +38,8 @@ std::optional<Uuid> parseUuid(std::string_view text) {
   return bytes;
 }
 
-// "14.2.1" as {14, 2, 1}; absent unless it is numbers joined by single dots.
+// "14.2.1" as {14, 2, 1}; absent unless it is numbers (of up to nine digits)
+// joined by single dots. The empty text has no parts.
 std::optional<std::vector<int>> parseVersion(std::string_view text) {
   std::vector<int> parts;
   if (text.empty()) return parts;
@@ -48,7 +49,10 @@ std::optional<std::vector<int>> parseVersion(std::string_view text) {
     const auto* first = text.data() + start;
     const auto* last = text.data() + dot;
     const auto [end, error] = std::from_chars(first, last, part);
-    if (first == last || end != last || error != std::errc() || *first == '-') return {};
+    // Up to nine digits a part: every such number fits an int.
+    if (first == last || last - first > 9 || end != last || error != std::errc() || *first == '-') {
+      return {};
+    }
     parts.push_back(part);
     if (dot == text.size()) return parts;
     start = dot + 1;
