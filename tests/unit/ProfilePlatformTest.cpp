@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <future>
 #include <string>
 #include <thread>
@@ -115,6 +116,19 @@ TEST(ProfilePlatform, PromptsOneAfterAnotherAreLoggedInOrderWithoutOverlap) {
   EXPECT_EQ(log[1].permission, Permission::reminders);
   EXPECT_EQ(log[2].permission, Permission::contacts);
   for (const auto& record : log) EXPECT_EQ(record.pendingAtRequest, 0U);
+}
+
+TEST(ProfilePlatform, DestructionWaitsForCompletionsStartedByCompletions) {
+  std::atomic<int> delivered{0};
+  {
+    const auto platform = profile(undecided);
+    auto& contacts = platform->contacts();
+    platform->photos().requestAuthorization([&contacts, &delivered](std::int64_t) {
+      ++delivered;
+      contacts.requestAccess(0, [&delivered](bool, auto) { ++delivered; });
+    });
+  }
+  EXPECT_EQ(delivered, 2);
 }
 
 TEST(ProfilePlatform, AnEntityTypeTheStoreLacksIsRefusedWithoutAPrompt) {

@@ -30,12 +30,17 @@ void CompletionThreads::run(std::function<void()> work) {
 }
 
 void CompletionThreads::joinAll() {
-  std::vector<Worker> workers;
-  {
-    const std::lock_guard lock(_mutex);
-    workers.swap(_workers);
+  // A completion may start another one before it ends; keep going until no
+  // thread is left.
+  for (;;) {
+    std::vector<Worker> workers;
+    {
+      const std::lock_guard lock(_mutex);
+      workers.swap(_workers);
+    }
+    if (workers.empty()) return;
+    for (auto& worker : workers) worker.thread.join();
   }
-  for (auto& worker : workers) worker.thread.join();
 }
 
 }  // namespace tavrin::platform
