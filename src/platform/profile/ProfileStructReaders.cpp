@@ -136,43 +136,47 @@ void readValue(const ProfileValue& value, Recurrence& out, bool orNull) {
 
 namespace {
 
-// The fields of an event, shared by the plain and the recurring kind.
-void readEventFields(ProfileObject& object, Event& out) {
-  object.read("eventIdentifier", out.eventIdentifier)
-      .read("calendarItemIdentifier", out.calendarItemIdentifier)
-      .read("availability", out.availability)
-      .read("startDate", out.startDate)
-      .read("endDate", out.endDate)
-      .read("isAllDay", out.isAllDay)
-      .read("occurrenceDate", out.occurrenceDate)
-      .read("isDetached", out.isDetached)
-      .read("organizer", out.organizer)
-      .read("status", out.status)
-      .read("hasNotes", out.hasNotes)
-      .read("hasAttendees", out.hasAttendees)
-      .read("hasAlarms", out.hasAlarms)
-      .read("location", out.location)
-      .read("creationDate", out.creationDate)
-      .read("lastModifiedDate", out.lastModifiedDate)
-      .read("timeZone", out.timeZone)
-      .read("attendeeCount", out.attendeeCount);
+// The fields events and reminders share as items of a calendar, and the
+// calendar they are in.
+template <typename Item>
+void readCalendarItemFields(ProfileObject& object, Item& item, std::string& calendar) {
+  object.require("calendarIdentifier", calendar)
+      .read("calendarItemIdentifier", item.calendarItemIdentifier)
+      .read("hasNotes", item.hasNotes)
+      .read("hasAttendees", item.hasAttendees)
+      .read("hasAlarms", item.hasAlarms)
+      .read("hasRecurrenceRules", item.hasRecurrenceRules)
+      .read("location", item.location)
+      .read("creationDate", item.creationDate)
+      .read("lastModifiedDate", item.lastModifiedDate)
+      .read("timeZone", item.timeZone)
+      .read("attendeeCount", item.attendeeCount);
 }
 
 }  // namespace
 
 void readValue(const ProfileValue& value, ProfileEvent& out, bool orNull) {
   ProfileObject object(value, orNull);
-  readEventFields(object, out.event);
-  object.require("calendarIdentifier", out.calendarIdentifier).read("recurrence", out.recurrence);
+  auto& e = out.event;
+  object.read("recurrence", out.recurrence);
   // A recurring event has recurrence rules unless the profile says otherwise.
-  out.event.hasRecurrenceRules = out.recurrence.has_value();
-  object.read("hasRecurrenceRules", out.event.hasRecurrenceRules);
+  e.hasRecurrenceRules = out.recurrence.has_value();
+  readCalendarItemFields(object, e, out.calendarIdentifier);
+  object.read("eventIdentifier", e.eventIdentifier)
+      .read("availability", e.availability)
+      .read("startDate", e.startDate)
+      .read("endDate", e.endDate)
+      .read("isAllDay", e.isAllDay)
+      .read("occurrenceDate", e.occurrenceDate)
+      .read("isDetached", e.isDetached)
+      .read("organizer", e.organizer)
+      .read("status", e.status);
   if (out.recurrence) {
-    const auto& e = out.event;
     if (!e.startDate) object["startDate"].fail("a recurring event needs a start date");
     if (!e.endDate) object["endDate"].fail("a recurring event needs an end date");
-    if (*e.endDate < *e.startDate)
+    if (*e.endDate < *e.startDate) {
       object["endDate"].fail("a recurring event ends before it starts");
+    }
     if (*e.endDate - *e.startDate >= RecurrenceExpander::shortestSpan(*out.recurrence)) {
       object["endDate"].fail("a recurring event must end before its next occurrence can begin");
     }
@@ -183,22 +187,12 @@ void readValue(const ProfileValue& value, ProfileEvent& out, bool orNull) {
 void readValue(const ProfileValue& value, ProfileReminder& out, bool orNull) {
   ProfileObject object(value, orNull);
   auto& r = out.reminder;
-  object.read("calendarItemIdentifier", r.calendarItemIdentifier)
-      .read("startDate", r.startDate)
+  readCalendarItemFields(object, r, out.calendarIdentifier);
+  object.read("startDate", r.startDate)
       .read("dueDate", r.dueDate)
       .read("isCompleted", r.isCompleted)
       .read("completionDate", r.completionDate)
       .read("priority", r.priority)
-      .read("hasNotes", r.hasNotes)
-      .read("hasAttendees", r.hasAttendees)
-      .read("hasAlarms", r.hasAlarms)
-      .read("hasRecurrenceRules", r.hasRecurrenceRules)
-      .read("location", r.location)
-      .read("creationDate", r.creationDate)
-      .read("lastModifiedDate", r.lastModifiedDate)
-      .read("timeZone", r.timeZone)
-      .read("attendeeCount", r.attendeeCount)
-      .require("calendarIdentifier", out.calendarIdentifier)
       .finish();
 }
 
