@@ -3,6 +3,7 @@
 #include <unicode/gregocal.h>
 #include <unicode/timezone.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -19,6 +20,11 @@ struct Unit {
 };
 
 constexpr double day = 86400;
+
+// About three million years either side of 1970. ICU's calendar covers some
+// five million; beyond that its arithmetic wraps around instead of failing,
+// so occurrences are counted only within this.
+constexpr double calendarLimit = 1e14;
 
 Unit unitOf(Recurrence::Frequency frequency) {
   switch (frequency) {
@@ -52,13 +58,14 @@ double RecurrenceExpander::shortestSpan(const Recurrence& recurrence) {
 void RecurrenceExpander::expand(double firstStart, double duration, const Recurrence& recurrence,
                                 double from, double to,
                                 const std::function<void(double start)>& visit) const {
-  if (!(from <= to)) return;
+  if (!(from <= to) || from > calendarLimit || !(std::fabs(firstStart) <= calendarLimit)) return;
   const Unit unit = unitOf(recurrence.frequency);
   const std::int64_t step = unit.multiplier * recurrence.interval;
   // ICU adds a 32-bit amount; occurrences beyond it cannot be counted.
   std::int64_t last = std::numeric_limits<std::int32_t>::max() / step;
   if (recurrence.count) last = std::min(last, *recurrence.count - 1);
-  const double latestStart = recurrence.until ? std::min(to, *recurrence.until) : to;
+  const double latestStart =
+      std::min({to, recurrence.until.value_or(calendarLimit), calendarLimit});
 
   UErrorCode status = U_ZERO_ERROR;
   icu::GregorianCalendar calendar(*_zone, status);
@@ -75,9 +82,10 @@ void RecurrenceExpander::expand(double firstStart, double duration, const Recurr
     return (ms + fractionMs) / 1000;
   };
 
-  // Begin just before the range rather than at the first occurrence: the
-  // estimate from the unit's average length is off by less than one
-  // occurrence, and the walk back makes up for it.
+  // Begin near the range rather than at the first occurrence. The estimate
+  // from the unit's average length is off by less than one occurrence since
+  // 1582; before it the Julian calendar drifts from that average, and the
+  // walk back makes up for an estimate that lands too late.
   const double estimate = std::floor((from - duration - firstStart) /
                                      (unit.averageSeconds * static_cast<double>(step))) -
                           1;

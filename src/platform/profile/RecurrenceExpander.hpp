@@ -20,7 +20,8 @@ namespace tavrin::platform {
 // counted from the first, not from the one before, so a monthly event on the
 // 31st falls on the last day of shorter months and returns to the 31st after
 // them, and a start at 09:00 stays at 09:00 local time across daylight-saving
-// changes. Every occurrence lasts as long as the first.
+// changes. Every occurrence lasts as long as the first. Occurrences are
+// counted within 10^14 seconds (about three million years) of 1970.
 class RecurrenceExpander {
  public:
   // Expands in the zone with this identifier, which must be one ICU knows.
