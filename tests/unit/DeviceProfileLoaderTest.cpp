@@ -1,17 +1,159 @@
+// The loader, and the published schema, which must describe the same format:
+// a small validator for the keywords the schema uses runs the shipped profiles
+// and the tables of good and bad profiles through both.
+
 #include "platform/profile/DeviceProfileReader.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <limits>
+#include <regex>
+#include <set>
 
 namespace tavrin::platform {
 namespace {
 
 const std::string examples = std::string(TAVRIN_SOURCE_DIR) + "/examples/profiles/";
+
+using nlohmann::json;
+
+json readJson(const std::filesystem::path& path) { return json::parse(std::ifstream(path)); }
+
+const json& schema() {
+  static const json loaded =
+      readJson(std::string(TAVRIN_SOURCE_DIR) + "/docs/device-profile.schema.json");
+  return loaded;
+}
+
+// The shipped profiles: the examples and the test fixtures.
+std::vector<std::filesystem::path> shippedProfiles() {
+  std::vector<std::filesystem::path> paths;
+  for (const auto* dir : {"/examples/profiles", "/tests/data/profiles"}) {
+    for (const auto& entry :
+         std::filesystem::directory_iterator(TAVRIN_SOURCE_DIR + std::string(dir))) {
+      if (entry.path().extension() == ".json") paths.push_back(entry.path());
+    }
+  }
+  return paths;
+}
+
+// -1, 0 or 1 as a < b, exactly for integers of any sign and width.
+int compareNumbers(const json& a, const json& b) {
+  if (a.is_number_integer() && b.is_number_integer()) {
+    const bool aNegative = !a.is_number_unsigned() && a.get<std::int64_t>() < 0;
+    const bool bNegative = !b.is_number_unsigned() && b.get<std::int64_t>() < 0;
+    if (aNegative != bNegative) return aNegative ? -1 : 1;
+    if (aNegative) {
+      const auto x = a.get<std::int64_t>(), y = b.get<std::int64_t>();
+      return x < y ? -1 : (x > y ? 1 : 0);
+    }
+    const auto x = a.get<std::uint64_t>(), y = b.get<std::uint64_t>();
+    return x < y ? -1 : (x > y ? 1 : 0);
+  }
+  const auto x = a.get<long double>(), y = b.get<long double>();
+  return x < y ? -1 : (x > y ? 1 : 0);
+}
+
+bool hasType(const std::string& type, const json& value) {
+  if (type == "integer") {
+    return value.is_number_integer() ||
+           (value.is_number_float() && value.get<double>() == std::trunc(value.get<double>()));
+  }
+  static const std::map<std::string, json::value_t> kinds = {{"object", json::value_t::object},
+                                                             {"array", json::value_t::array},
+                                                             {"string", json::value_t::string},
+                                                             {"boolean", json::value_t::boolean},
+                                                             {"null", json::value_t::null}};
+  if (type == "number") return value.is_number();
+  return kinds.at(type) == value.type();
+}
+
+// Whether `value` satisfies `s`, for the keywords the schema uses.
+bool valid(const json& s, const json& value) {
+  if (s.contains("$ref")) {
+    const auto name = s["$ref"].get<std::string>().substr(std::string("#/$defs/").size());
+    return valid(schema()["$defs"][name], value);
+  }
+  if (s.contains("type")) {
+    const auto types = s["type"].is_array() ? s["type"] : json::array({s["type"]});
+    if (std::none_of(types.begin(), types.end(),
+                     [&](const json& t) { return hasType(t.get<std::string>(), value); })) {
+      return false;
+    }
+  }
+  if (s.contains("enum") &&
+      std::find(s["enum"].begin(), s["enum"].end(), value) == s["enum"].end()) {
+    return false;
+  }
+  if (value.is_number()) {
+    if (s.contains("minimum") && compareNumbers(value, s["minimum"]) < 0) return false;
+    if (s.contains("maximum") && compareNumbers(value, s["maximum"]) > 0) return false;
+  }
+  if (value.is_string()) {
+    const auto& text = value.get_ref<const std::string&>();
+    const auto codePoints = std::count_if(text.begin(), text.end(), [](char c) {
+      return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    });
+    if (s.contains("maxLength") && codePoints > s["maxLength"].get<long>()) return false;
+    if (s.contains("pattern") &&
+        !std::regex_search(text, std::regex(s["pattern"].get<std::string>()))) {
+      return false;
+    }
+  }
+  if (value.is_object()) {
+    if (s.contains("required")) {
+      for (const auto& name : s["required"]) {
+        if (!value.contains(name.get<std::string>())) return false;
+      }
+    }
+    static const json none = json::object();
+    const auto& properties = s.contains("properties") ? s["properties"] : none;
+    for (auto member = value.begin(); member != value.end(); ++member) {
+      if (properties.contains(member.key())) {
+        if (!valid(properties[member.key()], *member)) return false;
+      } else if (s.value("additionalProperties", true) == false) {
+        return false;
+      }
+    }
+  }
+  if (value.is_array()) {
+    if (s.contains("minItems") && value.size() < s["minItems"].get<std::size_t>()) return false;
+    if (s.contains("items")) {
+      for (const auto& item : value) {
+        if (!valid(s["items"], item)) return false;
+      }
+    }
+  }
+  if (s.contains("oneOf") && std::count_if(s["oneOf"].begin(), s["oneOf"].end(),
+                                           [&](auto& o) { return valid(o, value); }) != 1) {
+    return false;
+  }
+  if (s.contains("not") && valid(s["not"], value)) return false;
+  if (s.contains("if") && valid(s["if"], value) && !valid(s["then"], value)) return false;
+  return true;
+}
+
+// Walks every subschema, calling `visit` with each.
+void forEachSchema(const json& s, const std::function<void(const json&)>& visit) {
+  if (!s.is_object()) return;
+  visit(s);
+  for (const auto* key : {"items", "not", "if", "then"}) {
+    if (s.contains(key)) forEachSchema(s[key], visit);
+  }
+  for (const auto* key : {"properties", "$defs"}) {
+    if (s.contains(key)) {
+      for (const auto& sub : s[key]) forEachSchema(sub, visit);
+    }
+  }
+  if (s.contains("oneOf")) {
+    for (const auto& sub : s["oneOf"]) forEachSchema(sub, visit);
+  }
+}
 
 TEST(DeviceProfileLoader, LoadsTheRealisticPhone) {
   const auto platform = ProfilePlatform::load(examples + "iphone-realistic.json");
@@ -82,7 +224,8 @@ struct BadProfile {
   const char* name;
   const char* json;
   const char* pointer;
-  const char* reason;  // a part of the reason
+  const char* reason;         // a part of the reason
+  bool schemaRejects = true;  // false where only the loader can tell, or the JSON is broken
 };
 
 class BadProfileTest : public testing::TestWithParam<BadProfile> {};
@@ -98,15 +241,19 @@ TEST_P(BadProfileTest, FailsWithFilePointerAndReason) {
     EXPECT_NE(error.reason().find(c.reason), std::string::npos) << error.reason();
     EXPECT_EQ(std::string(error.what()), "bad.json: " + error.pointer() + ": " + error.reason());
   }
+  const auto parsed = json::parse(c.json, nullptr, false);
+  if (!parsed.is_discarded()) {
+    EXPECT_EQ(!valid(schema(), parsed), c.schemaRejects) << "schema";
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Profiles, BadProfileTest,
     testing::Values(
         BadProfile{"MalformedJson", R"({"device": {"model": "iPhone",})", "",
-                   "parse error at line 1, column 31"},
-        BadProfile{"Empty", "", "", "parse error"},
-        BadProfile{"NumberTooLarge", R"({"clock": {"now": 1e999}})", "", "number overflow"},
+                   "parse error at line 1, column 31", false},
+        BadProfile{"Empty", "", "", "parse error", false},
+        BadProfile{"NumberTooLarge", R"({"clock": {"now": 1e999}})", "", "number overflow", false},
         BadProfile{"NotAnObject", "[]", "", "expected an object"},
         BadProfile{"WrongTypeInAList",
                    R"({"contacts": {"list": [{}, {}, {}, {"birthday": "1988-04-12"}]}})",
@@ -121,10 +268,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadProfile{
             "DuplicateMember",
             R"({"events": [], "location": {"headingAvailable": true, "headingAvailable": false}})",
-            "/location/headingAvailable", "duplicate member"},
+            "/location/headingAvailable", "duplicate member", false},
         BadProfile{"DuplicateMemberInAList",
                    R"({"captureDevices": [null, {"position": 1, "position": 2}]})",
-                   "/captureDevices/1/position", "duplicate member"},
+                   "/captureDevices/1/position", "duplicate member", false},
         BadProfile{"BadUuid",
                    R"({"device": {"identifierForVendor": "6F1C3A52-0B1D-4C4E-9B7A-2D7C3E0F5A1"}})",
                    "/device/identifierForVendor", "expected UUID text"},
@@ -153,6 +300,16 @@ INSTANTIATE_TEST_SUITE_P(
         BadProfile{"GroupsAndGroupsError",
                    R"({"contacts": {"groups": [], "groupsError": "broken"}})",
                    "/contacts/groupsError", "either groups or groupsError"},
+        BadProfile{"TenDigitVersionPart", R"({"device": {"systemVersion": "1234567890"}})",
+                   "/device/systemVersion", "expected a version"},
+        BadProfile{"RecurringWithNullEnd",
+                   R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [
+                       {"calendarIdentifier": "a", "startDate": 0, "endDate": null, "timeZone": "UTC",
+                        "recurrence": {"frequency": "daily"}}]})",
+                   "/events/0/endDate", "needs an end date"},
+        BadProfile{"CoordinateWithoutLongitude",
+                   R"({"photos": {"assets": [{"location": {"latitude": 1}}]}})",
+                   "/photos/assets/0/location/longitude", "missing member"},
         BadProfile{"EmptyDraws", R"({"random": {"draws": []}})", "/random/draws",
                    "at least one draw"},
         BadProfile{"ClockWithoutNow", R"({"clock": {"step": 1}})", "/clock/now", "missing member"},
@@ -161,19 +318,19 @@ INSTANTIATE_TEST_SUITE_P(
         BadProfile{"EventInUnknownCalendar",
                    R"({"calendars": {"events": [{"calendarIdentifier": "a"}]},
                        "events": [{"calendarIdentifier": "a"}, {"calendarIdentifier": "b"}]})",
-                   "/events/1/calendarIdentifier", "no calendar"},
+                   "/events/1/calendarIdentifier", "no calendar", false},
         BadProfile{"ReminderInAnEventCalendar",
                    R"({"calendars": {"events": [{"calendarIdentifier": "a"}]},
                        "reminders": [{"calendarIdentifier": "a"}]})",
-                   "/reminders/0/calendarIdentifier", "no calendar"},
+                   "/reminders/0/calendarIdentifier", "no calendar", false},
         BadProfile{
             "DuplicateCalendar",
             R"({"calendars": {"reminders": [{"calendarIdentifier": "a"}, {"calendarIdentifier": "a"}]}})",
-            "/calendars/reminders/1/calendarIdentifier", "duplicate identifier"},
+            "/calendars/reminders/1/calendarIdentifier", "duplicate identifier", false},
         BadProfile{"CollectionOfAnUnknownAsset",
                    R"({"photos": {"assets": [{"localIdentifier": "x"}],
                        "collections": [{"localIdentifier": "c", "assetIdentifiers": ["x", "y"]}]}})",
-                   "/photos/collections/0/assetIdentifiers/1", "no asset"},
+                   "/photos/collections/0/assetIdentifiers/1", "no asset", false},
         BadProfile{"UnknownFrequency",
                    R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [
                        {"calendarIdentifier": "a", "startDate": 0, "endDate": 1,
@@ -197,18 +354,108 @@ INSTANTIATE_TEST_SUITE_P(
                    R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [
                        {"calendarIdentifier": "a", "startDate": 0, "endDate": 90000,
                         "timeZone": "UTC", "recurrence": {"frequency": "daily"}}]})",
-                   "/events/0/endDate", "before its next occurrence"},
+                   "/events/0/endDate", "before its next occurrence", false},
         BadProfile{"RecurringInAnUnknownZone",
                    R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [
                        {"calendarIdentifier": "a", "startDate": 0, "endDate": 1,
                         "timeZone": "Mars/Olympus", "recurrence": {"frequency": "daily"}}]})",
-                   "/events/0/timeZone", "unknown time zone"},
+                   "/events/0/timeZone", "unknown time zone", false},
         BadProfile{"FloatingRecurringOnADeviceWithoutAZone",
                    R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [
                        {"calendarIdentifier": "a", "startDate": 0, "endDate": 1,
                         "recurrence": {"frequency": "weekly"}}]})",
-                   "/device/timeZone/identifier", "unknown time zone"}),
+                   "/device/timeZone/identifier", "unknown time zone", false}),
     [](const auto& test) { return std::string(test.param.name); });
+
+// Profiles at the edges of what is allowed: both the loader and the schema accept them.
+class GoodProfileTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(GoodProfileTest, LoaderAndSchemaAccept) {
+  const auto& [name, text] = GetParam();
+  EXPECT_NO_THROW(readDeviceProfile(text, "good.json"));
+  EXPECT_TRUE(valid(schema(), json::parse(text)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Profiles, GoodProfileTest,
+    testing::Values(
+        std::pair{"Empty", "{}"},
+        std::pair{"StatusAnyInt64",
+                  R"({"permissions": {"reminders": {"status": -9223372036854775808}}})"},
+        std::pair{"IntegralFloatStatus", R"({"permissions": {"reminders": {"status": 2.0}}})"},
+        std::pair{"NullAnswer", R"({"permissions": {"reminders": {"answer": null}}})"},
+        std::pair{"LargestMemory", R"({"device": {"physicalMemory": 18446744073709551615}})"},
+        std::pair{"LowerCaseUuid",
+                  R"({"device": {"identifierForVendor": "6f1c3a52-0b1d-4c4e-9b7a-2d7c3e0f5a11"}})"},
+        std::pair{"NineDigitVersion", R"({"device": {"systemVersion": "123456789.0"}})"},
+        std::pair{"AnyBundleEntries", R"({"device": {"libraryBundle": {"a": [1, {"b": null}]}}})"},
+        std::pair{"NullFileSystem", R"({"device": {"fileSystem": null}})"},
+        std::pair{"FourCharacterCode",
+                  R"({"captureDevices": [{"activeFormat": {"mediaType": "soun"}}]})"},
+        std::pair{"LargestFloat",
+                  R"({"captureDevices": [{"lensAperture": 3.4028234663852886e38}]})"},
+        std::pair{"NullDevice", R"({"captureDevices": [null]})"},
+        std::pair{"NullGroupsErrorWithGroups",
+                  R"({"contacts": {"groupsError": null, "groups": []}})"},
+        std::pair{
+            "CountAndNullUntil",
+            R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [{"calendarIdentifier": "a",
+                      "startDate": 0, "endDate": 1, "timeZone": "UTC",
+                      "recurrence": {"frequency": "daily", "count": 3, "until": null}}]})"},
+        std::pair{
+            "NullRecurrenceWithoutDates",
+            R"({"calendars": {"events": [{"calendarIdentifier": "a"}]}, "events": [{"calendarIdentifier": "a",
+                      "recurrence": null}]})"}),
+    [](const auto& test) { return std::string(test.param.first); });
+
+TEST(DeviceProfileSchema, UsesOnlyKeywordsThisCheckUnderstandsAndClosesEveryObject) {
+  const std::set<std::string> known = {
+      "$schema",   "$id",     "title", "description", "type", "properties", "additionalProperties",
+      "required",  "items",   "$ref",  "$defs",       "enum", "minimum",    "maximum",
+      "maxLength", "pattern", "oneOf", "not",         "if",   "then",       "minItems"};
+  forEachSchema(schema(), [&](const json& s) {
+    for (auto member = s.begin(); member != s.end(); ++member) {
+      EXPECT_TRUE(known.count(member.key())) << member.key();
+    }
+    // Objects with named members reject others. (Subschemas of "not", "if" and
+    // "then" only constrain members of an object defined elsewhere.)
+    if (s.contains("properties") && s.value("type", json()) == "object") {
+      EXPECT_EQ(s.value("additionalProperties", true), false);
+    }
+  });
+}
+
+TEST(DeviceProfileSchema, ShippedProfilesLoadValidateAndUseEveryMember) {
+  std::set<std::string> declared, used;
+  forEachSchema(schema(), [&](const json& s) {
+    if (!s.contains("properties")) return;
+    const auto& properties = s["properties"];
+    for (auto member = properties.begin(); member != properties.end(); ++member) {
+      declared.insert(member.key());
+    }
+  });
+  const std::function<void(const json&)> collect = [&](const json& value) {
+    if (value.is_object()) {
+      for (auto member = value.begin(); member != value.end(); ++member) used.insert(member.key());
+    }
+    if (value.is_structured()) {
+      for (const auto& child : value) collect(child);
+    }
+  };
+  const auto paths = shippedProfiles();
+  ASSERT_GE(paths.size(), 3U);
+  for (const auto& path : paths) {
+    SCOPED_TRACE(path.string());
+    const auto profile = readJson(path);
+    EXPECT_TRUE(valid(schema(), profile));
+    std::ifstream file(path);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_NO_THROW(readDeviceProfile(text, path.string()));
+    collect(profile);
+  }
+  // Every name the schema declares was accepted by the loader in some profile.
+  for (const auto& name : declared) EXPECT_TRUE(used.count(name)) << name;
+}
 
 // The one case whose text is built: a machine name one byte too long.
 TEST(DeviceProfileLoader, MachineNameMustLeaveRoomForItsTerminator) {
