@@ -91,8 +91,8 @@ void readDevice(const ProfileValue& value, ProfileDevice& out) {
       .read("proximityState", out.proximityState)
       .read("isMultitaskingSupported", out.isMultitaskingSupported);
 
-  // Only an explicit null makes the file-system query fail (the default is a
-  // file system that reports no sizes), as only null means "no list" below.
+  // Only an explicit null makes the file-system query fail: left out, it keeps
+  // the default, a file system that reports no sizes.
   object.read("fileSystem", out.fileSystem)
       .read("physicalMemory", out.physicalMemory)
       .read("locale", out.locale)
