@@ -11,7 +11,10 @@ MediaExtractorBase::MediaExtractorBase(std::string name,
 
 void MediaExtractorBase::appendAssetRow(const platform::Asset& asset, const LocationUtil& rotation,
                                         Element& rows) {
-  Row row;
+  // One row is built at a time; keeping its storage spares a library of
+  // 100,000 assets most of a million small allocations.
+  thread_local Row row;
+  row.clear();
   row.append(asset.localIdentifier);
   row.append(asset.mediaType);
   row.append(asset.mediaSubtypes);
