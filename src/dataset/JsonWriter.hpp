@@ -1,8 +1,7 @@
 #pragma once
 
 #include "dataset/Element.hpp"
-
-#include <string>
+#include "dataset/MappedBuffer.hpp"
 
 namespace tavrin {
 
@@ -11,6 +10,6 @@ namespace tavrin {
 // reads back to the same value; unsigned integers keep all their digits.
 // Throws JsonWriteError, and produces nothing, for a number that is not finite
 // or a text that is not valid UTF-8.
-std::string writeJson(const DatasetDocument& document);
+MappedBuffer writeJson(const DatasetDocument& document);
 
 }  // namespace tavrin

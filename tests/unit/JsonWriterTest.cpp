@@ -22,7 +22,7 @@ std::string writeSection(Fill fill) {
   fill(section);
   DatasetDocument document;
   document.push_back(std::move(section));
-  return writeJson(document);
+  return writeJson(document).str();
 }
 
 std::string writeText(std::string_view text) {
@@ -47,11 +47,11 @@ TEST(JsonWriter, WritesTheDocumentCompactlyInOrder) {
   document.push_back(std::move(header));
   document.push_back(std::move(contacts));
   document.push_back(std::move(calendars));
-  EXPECT_EQ(writeJson(document),
+  EXPECT_EQ(writeJson(document).str(),
             R"([{"GeneralInfo":[8,1,1605555555.12,1605555561.5,"iPhone","iPhone12,1","14.2",)"
             R"("6F1C3A52-0B1D-4C4E-9B7A-2D7C3E0F5A11",null]},)"
             R"({"Contacts":["EXTRACTING ERROR : Access denied Contacts"]},{"Calendars":[]}])");
-  EXPECT_EQ(writeJson({}), "[]");
+  EXPECT_EQ(writeJson({}).str(), "[]");
 }
 
 TEST(JsonWriter, NestsRowsAndKeepsNullsInPlace) {
@@ -146,7 +146,7 @@ TEST(JsonWriter, EscapesSectionNames) {
   Element section("we\"ird");
   DatasetDocument document;
   document.push_back(std::move(section));
-  EXPECT_EQ(writeJson(document), R"([{"we\"ird":[]}])");
+  EXPECT_EQ(writeJson(document).str(), R"([{"we\"ird":[]}])");
 }
 
 class Refused : public testing::TestWithParam<Case> {};
@@ -178,11 +178,15 @@ INSTANTIATE_TEST_SUITE_P(
         refusedText("truncatedFour", "\xF0\x9F\x98")),
     [](const auto& test) { return test.param.name; });
 
-TEST(JsonWriter, LargeDocumentsGrowTheBufferCorrectly) {
-  const std::string json = writeSection([](Element& e) {
-    for (int i = 0; i < 5000; ++i) e.append(std::string(100, '"'));
+TEST(JsonWriter, GrowsPastItsFirstEstimate) {
+  // Control characters take six times their encoded size, far beyond the
+  // writer's first reservation.
+  const std::string value(100000, '\x01');
+  const std::string json = writeSection([&](Element& e) {
+    for (int i = 0; i < 40; ++i) e.append(value);
   });
-  EXPECT_EQ(json.size(), 7 + 5000 * (200 + 3) - 1 + 3);
+  ASSERT_EQ(json.size(), 7 + 40 * (6 * value.size() + 3) - 1 + 3);
+  EXPECT_EQ(json.substr(json.size() - 10), "\\u0001\"]}]");
 }
 
 }  // namespace

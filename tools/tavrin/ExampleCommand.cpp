@@ -25,7 +25,7 @@ Command addExampleCommand(CLI::App& app) {
     DatasetDocument document;
     document.push_back(std::move(header));
     document.push_back(std::move(contacts));
-    std::cout << writeJson(document) << '\n';
+    std::cout << writeJson(document).view() << '\n';
     return 0;
   }};
 }

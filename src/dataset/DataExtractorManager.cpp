@@ -1,0 +1,69 @@
+#include "dataset/DataExtractorManager.hpp"
+
+#include "dataset/DeviceIdentity.hpp"
+#include "extractors/ApplicationInfo.hpp"
+#include "extractors/GeneralDataExtractor.hpp"
+#include "extractors/GeoDataExtractor.hpp"
+#include "extractors/PermissionExtractor.hpp"
+
+namespace tavrin {
+
+namespace {
+
+std::optional<std::string> vendorIdentifier(platform::DeviceInfo& device) {
+  const auto uuid = device.identifierForVendor();
+  if (!uuid) return std::nullopt;
+  return uuidString(*uuid);
+}
+
+// The angle is a whole number of degrees from 90 to 269, all equally likely.
+std::shared_ptr<const LocationUtil> drawLocationUtil(platform::RandomSource& random) {
+  const std::uint32_t draw = random.uniform(180);
+  return std::make_shared<const LocationUtil>(static_cast<double>(draw % 180 + 90));
+}
+
+}  // namespace
+
+DataExtractorManager::DataExtractorManager(std::shared_ptr<platform::Platform> platform)
+    : _platform(std::move(platform)),
+      _phoneModel(modelIdentifier(_platform->device())),
+      _phoneBrand(_platform->device().model()),
+      _systemVersion(_platform->device().systemVersion()),
+      _deviceId(vendorIdentifier(_platform->device())),
+      _sdkIdentifier(ApplicationInfo::sdkIdentifier(_platform->device())),
+      _locationUtil(drawLocationUtil(_platform->random())) {
+  platform::Platform& device = *_platform;
+  _extractors.push_back(std::make_unique<GeoDataExtractor>("GeoInfo", device));
+  _extractors.push_back(std::make_unique<GeneralDataExtractor>("GeneralData", device));
+  _extractors.push_back(std::make_unique<PermissionExtractor>("Permissions", device));
+}
+
+DatasetDocument DataExtractorManager::extractData() {
+  DatasetDocument document;
+  document.reserve(_extractors.size() + 1);
+  // The header goes first but is filled last, once the end time is known.
+  document.emplace_back("GeneralInfo");
+
+  platform::Clock& clock = _platform->clock();
+  const double start = clock.now();
+  for (const auto& extractor : _extractors) {
+    Element section = extractor->extract();
+    section.shrinkToFit();
+    document.push_back(std::move(section));
+  }
+  const double end = clock.now();
+
+  Element& header = document.front();
+  header.append(_fileVersionStructure);
+  header.append(_mobilePlatform);
+  header.append(start);
+  header.append(end);
+  header.append(_phoneBrand);
+  header.append(_phoneModel);
+  header.append(_systemVersion);
+  header.append(_deviceId);
+  header.append(_sdkIdentifier);
+  return document;
+}
+
+}  // namespace tavrin

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "dataset/Element.hpp"
+#include "dataset/IDataExtractor.hpp"
+#include "extractors/LocationUtil.hpp"
+
+#include <tavrin/platform/Platform.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavrin {
+
+// Owns the data sources in their fixed order and builds the dataset document:
+// the "GeneralInfo" header first, then one section per source. The header's
+// device facts and the rotation angle are read once, at construction.
+class DataExtractorManager {
+ public:
+  explicit DataExtractorManager(std::shared_ptr<platform::Platform> platform);
+
+  // Runs every source afresh, one after another, and returns the document.
+  // Never throws: sources record their failures in their sections.
+  DatasetDocument extractData();
+
+  // The rotation shared by the photo-library sources.
+  const LocationUtil& locationUtil() const { return *_locationUtil; }
+  // The sources, in run order.
+  const std::vector<std::unique_ptr<IDataExtractor>>& extractors() const { return _extractors; }
+
+ private:
+  std::shared_ptr<platform::Platform> _platform;
+  const std::int64_t _fileVersionStructure = 8;
+  const std::int64_t _mobilePlatform = 1;
+  const std::string _phoneModel;
+  const std::string _phoneBrand;
+  const std::string _systemVersion;
+  const std::optional<std::string> _deviceId;
+  const std::optional<std::string> _sdkIdentifier;
+  std::shared_ptr<const LocationUtil> _locationUtil;
+  std::vector<std::unique_ptr<IDataExtractor>> _extractors;
+};
+
+}  // namespace tavrin
