@@ -28,6 +28,17 @@ TEST(CalendarReminderExtractor, DescribesEveryReminderWithOrWithoutDateComponent
      null, null]])");
 }
 
+// The rows are appended on the store's thread; each extraction must see all of
+// them once its wait ends. Repeated, since a release that came before the last
+// append would show only in some interleavings (under ThreadSanitizer, as a race).
+TEST(CalendarReminderExtractor, SeesEveryRowOnceTheWaitEnds) {
+  const auto platform = loadProfile("calendar-reminder-rows.json");
+  CalendarReminderExtractor extractor("CalendarReminders", *platform);
+  for (int run = 0; run < 50; ++run) {
+    ASSERT_EQ(extractor.extract().ChildElements().size(), 4U) << "run " << run;
+  }
+}
+
 struct FetchCase {
   const char* name;
   const char* profile;
