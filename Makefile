@@ -33,7 +33,7 @@ test-sanitize: deps
 # The tests in which a platform completion arrives on another thread, built with
 # clang under ThreadSanitizer. TSAN_TESTS is a ctest regular expression over test
 # names; extend it when a test of another waiting path is added.
-TSAN_TESTS ?= Reminder
+TSAN_TESTS ?= Reminder|Prompt
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
