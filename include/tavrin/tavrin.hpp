@@ -2,5 +2,7 @@
 
 // The whole public interface of tavrinsdk.
 #include <tavrin/error.hpp>
+#include <tavrin/options.hpp>
 #include <tavrin/platform/Platform.hpp>
+#include <tavrin/service.hpp>
 #include <tavrin/version.hpp>
