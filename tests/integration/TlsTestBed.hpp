@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <string>
 
 namespace tavrin::testing_support {
 
@@ -40,5 +41,12 @@ class TlsTestBed {
   IssuedCertificate serverCertificate;
   TestServer server;
 };
+
+// The device profile the collection runs of these tests read.
+inline const std::string collectionProfile = TAVRIN_TEST_DATA_DIR "/profiles/collection-run.json";
+
+// The JSON text an upload request carries: its "data" member decoded from
+// base64 and inflated from raw DEFLATE. Throws when any step fails.
+std::string uploadedDocument(const ReceivedRequest& upload);
 
 }  // namespace tavrin::testing_support
