@@ -136,5 +136,10 @@ TEST_F(CollectionRun, RejectedUrlThrowsBeforeAnyTraffic) {
   EXPECT_TRUE(bed.server.received().empty());
 }
 
+TEST(TavrinServiceOnThisMachine, ChecksTheUrlBeforeAnyTraffic) {
+  expectTavrinError([] { TavrinService("https://api.tavrin.com/", "key-1"); },
+                    ErrorType::invalidInput, "Url is incorrect");
+}
+
 }  // namespace
 }  // namespace tavrin
