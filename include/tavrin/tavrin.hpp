@@ -1,5 +1,6 @@
 #pragma once
 
 // The whole public interface of tavrinsdk.
+#include <tavrin/codec.hpp>
 #include <tavrin/error.hpp>
 #include <tavrin/version.hpp>
