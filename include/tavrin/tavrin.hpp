@@ -2,5 +2,6 @@
 
 // The whole public interface of tavrinsdk.
 #include <tavrin/codec.hpp>
+#include <tavrin/digest.hpp>
 #include <tavrin/error.hpp>
 #include <tavrin/version.hpp>
