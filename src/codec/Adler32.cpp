@@ -18,11 +18,7 @@ std::uint32_t adler32Bytewise(std::uint32_t checksum, std::span<const std::uint8
 }
 
 void Adler32::advance(std::span<const std::uint8_t> chunk) {
-  checksum = foldInPieces(checksum, chunk, checksumPieceLimit,
-                          [](std::uint32_t value, std::span<const std::uint8_t> piece) {
-                            return static_cast<std::uint32_t>(
-                                ::adler32(value, piece.data(), static_cast<uInt>(piece.size())));
-                          });
+  checksum = foldWithZlib(checksum, chunk, ::adler32);
 }
 
 void Adler32::advance(const std::vector<std::uint8_t>& chunk) {
@@ -31,11 +27,7 @@ void Adler32::advance(const std::vector<std::uint8_t>& chunk) {
 
 std::string Adler32::description() const { return hexDigits(checksum); }
 
-Adler32 adler32(std::span<const std::uint8_t> input) {
-  Adler32 value;
-  value.advance(input);
-  return value;
-}
+Adler32 adler32(std::span<const std::uint8_t> input) { return checksumOf<Adler32>(input); }
 
 Adler32 adler32(const std::vector<std::uint8_t>& input) {
   return adler32(std::span<const std::uint8_t>(input));

@@ -26,6 +26,26 @@ std::uint32_t foldInPieces(std::uint32_t value, std::span<const std::uint8_t> by
   return value;
 }
 
+// Folds `bytes` into `value` with one of zlib's checksum routines
+// (adler32 or crc32), in pieces it can take.
+template <typename ZlibRoutine>
+std::uint32_t foldWithZlib(std::uint32_t value, std::span<const std::uint8_t> bytes,
+                           ZlibRoutine routine) {
+  return foldInPieces(value, bytes, checksumPieceLimit,
+                      [routine](std::uint32_t running, std::span<const std::uint8_t> piece) {
+                        return static_cast<std::uint32_t>(
+                            routine(running, piece.data(), static_cast<unsigned>(piece.size())));
+                      });
+}
+
+// A new checksum of type Sum advanced over `bytes`.
+template <typename Sum>
+Sum checksumOf(std::span<const std::uint8_t> bytes) {
+  Sum sum;
+  sum.advance(bytes);
+  return sum;
+}
+
 // The byte-at-a-time definitions (RFC 1950 and ISO 3309). The library uses
 // zlib's routines; these are the reference those routines are tested against.
 std::uint32_t adler32Bytewise(std::uint32_t checksum, std::span<const std::uint8_t> bytes);

@@ -33,11 +33,7 @@ std::uint32_t crc32Bytewise(std::uint32_t checksum, std::span<const std::uint8_t
 }
 
 void Crc32::advance(std::span<const std::uint8_t> chunk) {
-  checksum = foldInPieces(checksum, chunk, checksumPieceLimit,
-                          [](std::uint32_t value, std::span<const std::uint8_t> piece) {
-                            return static_cast<std::uint32_t>(
-                                ::crc32(value, piece.data(), static_cast<uInt>(piece.size())));
-                          });
+  checksum = foldWithZlib(checksum, chunk, ::crc32);
 }
 
 void Crc32::advance(const std::vector<std::uint8_t>& chunk) {
@@ -46,11 +42,7 @@ void Crc32::advance(const std::vector<std::uint8_t>& chunk) {
 
 std::string Crc32::description() const { return hexDigits(checksum); }
 
-Crc32 crc32(std::span<const std::uint8_t> input) {
-  Crc32 value;
-  value.advance(input);
-  return value;
-}
+Crc32 crc32(std::span<const std::uint8_t> input) { return checksumOf<Crc32>(input); }
 
 Crc32 crc32(const std::vector<std::uint8_t>& input) {
   return crc32(std::span<const std::uint8_t>(input));

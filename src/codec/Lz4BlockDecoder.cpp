@@ -11,18 +11,7 @@ namespace tavrin {
 
 using namespace lz4framing;
 
-StreamStatus Lz4BlockDecoder::process(std::span<const std::uint8_t>& source,
-                                      std::span<std::uint8_t>& destination) {
-  for (;;) {
-    _handedOut += copyOut(std::span(_window).subspan(_handedOut), destination);
-    if (_handedOut < _window.size()) return StreamStatus::ok;
-    if (_ended) return StreamStatus::end;
-    if (destination.empty()) return StreamStatus::ok;
-    if (!decodeNext(source)) return StreamStatus::error;
-  }
-}
-
-bool Lz4BlockDecoder::decodeNext(std::span<const std::uint8_t>& source) {
+bool Lz4BlockDecoder::next(std::span<const std::uint8_t>& source) {
   // Every size is checked against the bytes actually present before anything
   // is reserved; the end of `source` is the end of the stream.
   if (source.size() < endOfStream.size()) return false;
@@ -34,14 +23,14 @@ bool Lz4BlockDecoder::decodeNext(std::span<const std::uint8_t>& source) {
     return true;
   }
   dropOldHistory();
-  const std::size_t history = _window.size();
+  const std::size_t history = _output.size();
 
   if (magic == rawBlock) {
     if (source.size() < rawHeaderSize) return false;
     const std::size_t size = loadLittleEndian32(source.data() + 4);
     if (size > decoderBlockLimit || size > source.size() - rawHeaderSize) return false;
     const auto bytes = source.subspan(rawHeaderSize, size);
-    _window.insert(_window.end(), bytes.begin(), bytes.end());
+    _output.insert(_output.end(), bytes.begin(), bytes.end());
     source = source.subspan(rawHeaderSize + size);
     return true;
   }
@@ -55,11 +44,11 @@ bool Lz4BlockDecoder::decodeNext(std::span<const std::uint8_t>& source) {
       encodedSize > source.size() - compressedHeaderSize) {
     return false;
   }
-  _window.resize(history + decodedSize);
+  _output.resize(history + decodedSize);
   const int written = LZ4_decompress_safe_usingDict(
       reinterpret_cast<const char*>(source.data() + compressedHeaderSize),
-      reinterpret_cast<char*>(_window.data() + history), static_cast<int>(encodedSize),
-      static_cast<int>(decodedSize), reinterpret_cast<const char*>(_window.data()),
+      reinterpret_cast<char*>(_output.data() + history), static_cast<int>(encodedSize),
+      static_cast<int>(decodedSize), reinterpret_cast<const char*>(_output.data()),
       static_cast<int>(history));
   if (written < 0 || static_cast<std::size_t>(written) != decodedSize) return false;
   source = source.subspan(compressedHeaderSize + encodedSize);
@@ -67,10 +56,10 @@ bool Lz4BlockDecoder::decodeNext(std::span<const std::uint8_t>& source) {
 }
 
 void Lz4BlockDecoder::dropOldHistory() {
-  if (_window.size() > historySize) {
-    _window.erase(_window.begin(), _window.end() - static_cast<std::ptrdiff_t>(historySize));
+  if (_output.size() > historySize) {
+    _output.erase(_output.begin(), _output.end() - static_cast<std::ptrdiff_t>(historySize));
   }
-  _handedOut = _window.size();
+  _handedOut = _output.size();
 }
 
 }  // namespace tavrin

@@ -11,24 +11,13 @@ namespace tavrin {
 
 using namespace lz4framing;
 
-StreamStatus Lz4BlockEncoder::process(std::span<const std::uint8_t>& source,
-                                      std::span<std::uint8_t>& destination) {
-  for (;;) {
-    _handedOut += copyOut(std::span(_pending).subspan(_handedOut), destination);
-    if (_handedOut < _pending.size()) return StreamStatus::ok;
-    if (_ended) return StreamStatus::end;
-    if (destination.empty()) return StreamStatus::ok;
-    frameNext(source);
-  }
-}
-
-void Lz4BlockEncoder::frameNext(std::span<const std::uint8_t>& source) {
-  _pending.clear();
+bool Lz4BlockEncoder::next(std::span<const std::uint8_t>& source) {
+  _output.clear();
   _handedOut = 0;
   if (source.empty()) {
-    _pending.assign(endOfStream.begin(), endOfStream.end());
+    _output.assign(endOfStream.begin(), endOfStream.end());
     _ended = true;
-    return;
+    return true;
   }
   const auto block = source.first(std::min(source.size(), encoderBlockSize));
   source = source.subspan(block.size());
@@ -37,21 +26,22 @@ void Lz4BlockEncoder::frameNext(std::span<const std::uint8_t>& source) {
   // A compressed block must save more than its longer header, or it is stored raw.
   const int room = blockSize - static_cast<int>(compressedHeaderSize - rawHeaderSize) - 1;
   if (room > 0) {
-    _pending.resize(compressedHeaderSize + static_cast<std::size_t>(room));
+    _output.resize(compressedHeaderSize + static_cast<std::size_t>(room));
     const int encoded = LZ4_compress_default(
         reinterpret_cast<const char*>(block.data()),
-        reinterpret_cast<char*>(_pending.data() + compressedHeaderSize), blockSize, room);
+        reinterpret_cast<char*>(_output.data() + compressedHeaderSize), blockSize, room);
     if (encoded > 0) {
-      std::copy(compressedBlock.begin(), compressedBlock.end(), _pending.begin());
-      storeLittleEndian32(_pending.data() + 4, static_cast<std::uint32_t>(blockSize));
-      storeLittleEndian32(_pending.data() + 8, static_cast<std::uint32_t>(encoded));
-      _pending.resize(compressedHeaderSize + static_cast<std::size_t>(encoded));
-      return;
+      std::copy(compressedBlock.begin(), compressedBlock.end(), _output.begin());
+      storeLittleEndian32(_output.data() + 4, static_cast<std::uint32_t>(blockSize));
+      storeLittleEndian32(_output.data() + 8, static_cast<std::uint32_t>(encoded));
+      _output.resize(compressedHeaderSize + static_cast<std::size_t>(encoded));
+      return true;
     }
   }
-  _pending.assign(rawBlock.begin(), rawBlock.end());
-  appendLittleEndian32(_pending, static_cast<std::uint32_t>(blockSize));
-  _pending.insert(_pending.end(), block.begin(), block.end());
+  _output.assign(rawBlock.begin(), rawBlock.end());
+  appendLittleEndian32(_output, static_cast<std::uint32_t>(blockSize));
+  _output.insert(_output.end(), block.begin(), block.end());
+  return true;
 }
 
 }  // namespace tavrin

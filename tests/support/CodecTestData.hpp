@@ -36,4 +36,13 @@ inline Bytes jsonLikeBytes(std::size_t size, std::uint32_t seed = 1) {
   return bytesOf(text);
 }
 
+// One case of a table of inputs, named for the test's name.
+struct NamedBytes {
+  const char* name;
+  Bytes bytes;
+};
+
+// Names each case of a parameterized test after its `name` member.
+inline constexpr auto caseName = [](const auto& test) { return std::string(test.param.name); };
+
 }  // namespace tavrin::testdata

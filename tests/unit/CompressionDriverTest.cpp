@@ -107,7 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
                    {{fill, StreamStatus::ok}, {fill, StreamStatus::ok}, {3, StreamStatus::error}},
                    false},
         ScriptCase{"ErrorAtOnce", {{0, StreamStatus::error}}, false}),
-    [](const auto& test) { return std::string(test.param.name); });
+    testdata::caseName);
 
 TEST(Driver, OutputLimitCountsOnlyWhatTheStreamProduces) {
   const Bytes prefix = {1, 2, 3};

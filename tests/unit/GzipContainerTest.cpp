@@ -76,14 +76,11 @@ INSTANTIATE_TEST_SUITE_P(Gunzip, GunzipFields,
                          ::testing::Values(0x00, extra, name, comment, headerCrc, name | comment,
                                            extra | name | comment | headerCrc, 0x01 | 0xE0 | name));
 
-struct Rejected {
-  const char* name;
-  Bytes member;
-};
+using Rejected = testdata::NamedBytes;
 
 class GunzipRejects : public ::testing::TestWithParam<Rejected> {};
 
-TEST_P(GunzipRejects, IsAbsent) { EXPECT_FALSE(gunzip(GetParam().member).has_value()); }
+TEST_P(GunzipRejects, IsAbsent) { EXPECT_FALSE(gunzip(GetParam().bytes).has_value()); }
 
 const Bytes payload = testdata::jsonLikeBytes(2000);
 const Bytes good = memberWithFields(name, payload);
@@ -137,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  member.insert(member.end(), 8, 0);
                                  return member;
                                }()}),
-    [](const auto& test) { return std::string(test.param.name); });
+    testdata::caseName);
 
 }  // namespace
 }  // namespace tavrin

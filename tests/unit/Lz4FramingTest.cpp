@@ -130,14 +130,11 @@ TEST(Lz4Framing, BlocksOfBothKindsMixInOneStream) {
       first + second);
 }
 
-struct Hostile {
-  const char* name;
-  Bytes stream;
-};
+using Hostile = testdata::NamedBytes;
 
 class Lz4Hostile : public ::testing::TestWithParam<Hostile> {};
 
-TEST_P(Lz4Hostile, IsAbsent) { EXPECT_FALSE(decodeLz4(GetParam().stream).has_value()); }
+TEST_P(Lz4Hostile, IsAbsent) { EXPECT_FALSE(decodeLz4(GetParam().bytes).has_value()); }
 
 const Bytes text = testdata::jsonLikeBytes(1000);
 const Bytes textBlock = lz4Block(text);
@@ -177,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(
         Hostile{"MatchBeforeTheStart", closed(compressedBlock(10, matchBeforeTheStart))},
         Hostile{"RawBlockPastTheBlockLimit",
                 closed(rawBlock(Bytes(framing::decoderBlockLimit + 1, 7)))}),
-    [](const auto& test) { return std::string(test.param.name); });
+    testdata::caseName);
 
 TEST(Lz4Framing, ARawBlockAtTheBlockLimitIsAccepted) {
   const Bytes bytes(framing::decoderBlockLimit, 7);
