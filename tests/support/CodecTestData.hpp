@@ -13,36 +13,37 @@ using Bytes = std::vector<std::uint8_t>;
 
 inline Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
+inline Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
 // Bytes no compressor can shrink; the same for the same seed.
 inline Bytes randomBytes(std::size_t size, std::uint32_t seed = 1) {
   std::mt19937 engine(seed);
-  std::uniform_int_distribution<int> byte(0, 255);
   Bytes bytes(size);
-  for (auto& value : bytes) value = static_cast<std::uint8_t>(byte(engine));
+  for (auto& value : bytes) value = static_cast<std::uint8_t>(engine());
   return bytes;
 }
 
 // Text shaped like dataset JSON rows, which compresses well but not trivially.
-inline Bytes jsonLikeBytes(std::size_t size, std::uint32_t seed = 1) {
-  std::mt19937 engine(seed);
+inline Bytes jsonLikeBytes(std::size_t size) {
+  std::mt19937 engine(1);
   std::string text = "[";
   while (text.size() < size) {
     const auto id = engine();
-    text += "[\"" + std::to_string(id) + "-4F89:ABPerson\"," + std::to_string(id % 7) + "," +
-            (id % 3 == 0 ? "null" : "true") + "," + std::to_string(1600000000 + id % 99999) +
-            ".25],";
+    text += "[\"" + std::to_string(id) + ":ABPerson\"," + std::to_string(id % 7) +
+            (id % 3 ? ",null," : ",true,") + std::to_string(1600000000 + id % 99999) + ".25],";
   }
   text.resize(size);
   return bytesOf(text);
 }
 
-// One case of a table of inputs, named for the test's name.
+// One case of a table of inputs, and the name generator that names it.
 struct NamedBytes {
   const char* name;
   Bytes bytes;
 };
-
-// Names each case of a parameterized test after its `name` member.
 inline constexpr auto caseName = [](const auto& test) { return std::string(test.param.name); };
 
 }  // namespace tavrin::testdata

@@ -9,118 +9,64 @@
 namespace tavrin {
 namespace {
 
-using testdata::Bytes;
+using namespace testdata;
+using Algorithm = CompressionAlgorithm;
 
-const char* nameOf(CompressionAlgorithm algorithm) {
-  switch (algorithm) {
-    case CompressionAlgorithm::zlib: return "zlib";
-    case CompressionAlgorithm::lzfse: return "lzfse";
-    case CompressionAlgorithm::lzma: return "lzma";
-    case CompressionAlgorithm::lz4: return "lz4";
-  }
-  return "unknown";
-}
-
-constexpr CompressionAlgorithm available[] = {
-    CompressionAlgorithm::zlib, CompressionAlgorithm::lzma, CompressionAlgorithm::lz4};
-
-// Sizes around the driver's buffer bounds (64 and 65536 bytes) and the lz4
-// block size, each as incompressible and as compressible input.
-struct Input {
-  std::size_t size;
-  bool random;
+constexpr Algorithm available[] = {Algorithm::zlib, Algorithm::lzma, Algorithm::lz4};
+const auto algorithmName = [](const auto& test) {
+  const char* names[] = {"zlib", "lzfse", "lzma", "lz4"};
+  return std::string(names[static_cast<int>(test.param)]);
 };
 
-class RoundTrip : public ::testing::TestWithParam<std::tuple<CompressionAlgorithm, Input>> {};
+// Sizes around the driver's buffer bounds (64 and 65536 bytes), which are
+// also the lz4 block size; odd sizes random, even ones compressible text.
+class RoundTrip : public ::testing::TestWithParam<std::tuple<Algorithm, std::size_t>> {};
 
 TEST_P(RoundTrip, DecompressGivesBackTheInput) {
-  const auto [algorithm, shape] = GetParam();
-  const Bytes input =
-      shape.random ? testdata::randomBytes(shape.size) : testdata::jsonLikeBytes(shape.size);
+  const auto [algorithm, size] = GetParam();
+  const Bytes input = size % 2 ? randomBytes(size) : jsonLikeBytes(size);
   const auto compressed = compress(input, algorithm);
   ASSERT_TRUE(compressed.has_value());
-  const auto restored = decompress(*compressed, algorithm);
-  ASSERT_TRUE(restored.has_value());
-  EXPECT_EQ(*restored, input);
-  if (!shape.random && shape.size >= 4096) {
-    EXPECT_LT(compressed->size(), input.size() / 2);
+  EXPECT_EQ(decompress(*compressed, algorithm), input);
+  if (size % 2 == 0 && size >= 4096) {
+    EXPECT_LT(compressed->size(), size / 2);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Codec, RoundTrip,
-    ::testing::Combine(::testing::ValuesIn(available),
-                       ::testing::Values(Input{0, true}, Input{1, true}, Input{63, true},
-                                         Input{64, false}, Input{65, true}, Input{65535, true},
-                                         Input{65536, false}, Input{65537, true},
-                                         Input{300000, false}, Input{200000, true})),
-    [](const auto& test) {
-      const Input shape = std::get<1>(test.param);
-      return std::string(nameOf(std::get<0>(test.param))) + "_" + std::to_string(shape.size) +
-             (shape.random ? "_random" : "_text");
-    });
+INSTANTIATE_TEST_SUITE_P(Codec, RoundTrip,
+                         ::testing::Combine(::testing::ValuesIn(available),
+                                            ::testing::Values(0, 1, 63, 64, 65535, 65536, 65537,
+                                                              300000, 200001)));
 
-class EveryAlgorithm : public ::testing::TestWithParam<CompressionAlgorithm> {};
+class EveryAlgorithm : public ::testing::TestWithParam<Algorithm> {};
 
-TEST_P(EveryAlgorithm, EveryStrictPrefixOfAStreamIsAbsent) {
-  const auto compressed = compress(testdata::jsonLikeBytes(3000), GetParam());
-  ASSERT_TRUE(compressed.has_value());
-  for (std::size_t length = 0; length < compressed->size(); ++length) {
-    const Bytes prefix(compressed->begin(), compressed->begin() + static_cast<long>(length));
+TEST_P(EveryAlgorithm, TruncatedStreamsAreAbsentAndTrailingBytesUnread) {
+  const Bytes input = jsonLikeBytes(3000);
+  const Bytes compressed = *compress(input, GetParam());
+  for (std::size_t length = 0; length < compressed.size(); ++length) {
+    const Bytes prefix(compressed.begin(),
+                       compressed.begin() + static_cast<std::ptrdiff_t>(length));
     EXPECT_FALSE(decompress(prefix, GetParam()).has_value()) << "length " << length;
   }
+  EXPECT_EQ(decompress(compressed + Bytes{0xDE, 0xAD}, GetParam()), input);
 }
 
-TEST_P(EveryAlgorithm, BytesAfterTheEndOfTheStreamAreNotRead) {
-  const Bytes input = testdata::jsonLikeBytes(500);
-  auto compressed = compress(input, GetParam());
-  ASSERT_TRUE(compressed.has_value());
-  compressed->insert(compressed->end(), {0xDE, 0xAD, 0xBE, 0xEF});
-  EXPECT_EQ(decompress(*compressed, GetParam()), input);
-}
+INSTANTIATE_TEST_SUITE_P(Codec, EveryAlgorithm, ::testing::ValuesIn(available), algorithmName);
 
-INSTANTIATE_TEST_SUITE_P(Codec, EveryAlgorithm, ::testing::ValuesIn(available),
-                         [](const auto& test) { return nameOf(test.param); });
-
-TEST(Compression, DecodingNothingIsAbsentForEveryAlgorithm) {
-  for (const auto algorithm : {CompressionAlgorithm::zlib, CompressionAlgorithm::lzfse,
-                               CompressionAlgorithm::lzma, CompressionAlgorithm::lz4}) {
-    EXPECT_FALSE(decompress(Bytes{}, algorithm).has_value()) << nameOf(algorithm);
+TEST(Compression, NothingDecodesAndLzfseIsAbsentBothWays) {
+  for (const auto algorithm :
+       {Algorithm::zlib, Algorithm::lzfse, Algorithm::lzma, Algorithm::lz4}) {
+    EXPECT_FALSE(decompress(Bytes{}, algorithm).has_value());
   }
-  EXPECT_FALSE(inflate(Bytes{}).has_value());
-}
-
-TEST(Compression, LzfseIsAbsentBothWays) {
-  const Bytes input = testdata::bytesOf("some bytes");
-  EXPECT_FALSE(compress(input, CompressionAlgorithm::lzfse).has_value());
-  EXPECT_FALSE(decompress(input, CompressionAlgorithm::lzfse).has_value());
+  EXPECT_FALSE(compress(bytesOf("text"), Algorithm::lzfse).has_value());
+  EXPECT_FALSE(decompress(bytesOf("text"), Algorithm::lzfse).has_value());
 }
 
 TEST(Compression, ZlibIsRawDeflateWithoutHeaderOrTrailer) {
   // The empty input gives the single empty final block with fixed codes.
-  EXPECT_EQ(compress(Bytes{}, CompressionAlgorithm::zlib), (Bytes{0x03, 0x00}));
-  EXPECT_EQ(inflate(Bytes{0x03, 0x00}), Bytes{});
+  EXPECT_EQ(deflate(Bytes{}), (Bytes{0x03, 0x00}));
   // A stored block written by hand: BFINAL, type 0, LEN 3, NLEN, "abc".
-  const Bytes stored = {0x01, 0x03, 0x00, 0xFC, 0xFF, 'a', 'b', 'c'};
-  EXPECT_EQ(inflate(stored), testdata::bytesOf("abc"));
-  const Bytes input = testdata::jsonLikeBytes(1000);
-  EXPECT_EQ(deflate(input), compress(input, CompressionAlgorithm::zlib));
-}
-
-TEST(Compression, CorruptXzStreamsAreRejected) {
-  // The xz container checks every part of itself, so no altered byte may pass.
-  const auto compressed = compress(testdata::jsonLikeBytes(2000), CompressionAlgorithm::lzma);
-  ASSERT_TRUE(compressed.has_value());
-  for (std::size_t index = 0; index < compressed->size(); ++index) {
-    Bytes altered = *compressed;
-    altered[index] ^= 0x01;
-    EXPECT_FALSE(decompress(altered, CompressionAlgorithm::lzma).has_value()) << index;
-  }
-}
-
-TEST(Compression, InvalidDeflateIsAbsent) {
-  // Block type 3 is reserved; a stored block's NLEN must complement LEN.
-  EXPECT_FALSE(inflate(Bytes{0x07, 0x00}).has_value());
+  EXPECT_EQ(inflate(Bytes{0x01, 0x03, 0x00, 0xFC, 0xFF, 'a', 'b', 'c'}), bytesOf("abc"));
   EXPECT_FALSE(inflate(Bytes{0x01, 0x03, 0x00, 0xFC, 0xFE, 'a', 'b', 'c'}).has_value());
 }
 
