@@ -40,11 +40,13 @@ enum class CompressionAlgorithm {
 /// stops there and gives absent, so hostile input cannot exhaust memory.
 inline constexpr std::size_t maximumDecompressedSize = std::size_t{1} << 30;  // 1 GiB
 
-/// Encodes `input` in `algorithm`'s stream format. Absent if the stream cannot be set up.
+/// Encodes `input` in `algorithm`'s stream format, all at once. Absent if the stream cannot
+/// be set up (always for lzfse).
 TAVRIN_EXPORT std::optional<std::vector<std::uint8_t>> compress(
     const std::vector<std::uint8_t>& input, CompressionAlgorithm algorithm);
 /// Decodes one stream of `algorithm`; bytes after its end are not read. Absent for empty,
-/// malformed, truncated or over-limit input (see maximumDecompressedSize).
+/// malformed, truncated or over-limit input (see maximumDecompressedSize), an xz stream
+/// that needs more than 128 MiB to decode, or an lz4 block that decodes to over 4 MiB.
 TAVRIN_EXPORT std::optional<std::vector<std::uint8_t>> decompress(
     const std::vector<std::uint8_t>& input, CompressionAlgorithm algorithm);
 /// compress() with CompressionAlgorithm::zlib: raw DEFLATE.
@@ -78,6 +80,7 @@ struct TAVRIN_EXPORT Adler32 {
   /// checksum as exactly eight lower-case hex digits, for example "00000001".
   std::string description() const;
 #if __cplusplus >= 202002L
+  /// advance() for a span of bytes (C++20 hosts only).
   void advance(std::span<const std::uint8_t> chunk);
 #endif
 };
@@ -94,6 +97,7 @@ struct TAVRIN_EXPORT Crc32 {
   /// checksum as exactly eight lower-case hex digits, for example "cbf43926".
   std::string description() const;
 #if __cplusplus >= 202002L
+  /// advance() for a span of bytes (C++20 hosts only).
   void advance(std::span<const std::uint8_t> chunk);
 #endif
 };
