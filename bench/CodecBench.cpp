@@ -14,6 +14,7 @@
 #include <zlib.h>
 
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -88,14 +89,13 @@ std::span<const std::uint8_t> jsonPrefix(std::int64_t size) {
 std::size_t rawDeflateOneShot(std::span<const std::uint8_t> input, Bytes& output, int level) {
   z_stream stream{};
   deflateInit2(&stream, level, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);
+  const std::unique_ptr<z_stream, decltype(&deflateEnd)> end(&stream, &deflateEnd);
   stream.next_in = input.data();
   stream.avail_in = static_cast<uInt>(input.size());
   stream.next_out = output.data();
   stream.avail_out = static_cast<uInt>(output.size());
   deflate(&stream, Z_FINISH);
-  const std::size_t size = stream.total_out;
-  deflateEnd(&stream);
-  return size;
+  return stream.total_out;
 }
 
 Bytes outputFor(std::span<const std::uint8_t> input) {
@@ -190,14 +190,14 @@ void Md5_OpenSSL(benchmark::State& state) {
 // lookup per call: the fastest way to use its one-shot interface.
 void Md5_OpenSSLFetched(benchmark::State& state) {
   const auto message = std::span(randomBytes()).first(static_cast<std::size_t>(state.range(0)));
-  EVP_MD* md5 = EVP_MD_fetch(nullptr, "MD5", nullptr);
+  const std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)> md5(EVP_MD_fetch(nullptr, "MD5", nullptr),
+                                                            &EVP_MD_free);
   unsigned char digest[EVP_MAX_MD_SIZE];
   unsigned int length = 0;
   for (auto _ : state) {
-    EVP_Digest(message.data(), message.size(), digest, &length, md5, nullptr);
+    EVP_Digest(message.data(), message.size(), digest, &length, md5.get(), nullptr);
     benchmark::DoNotOptimize(digest);
   }
-  EVP_MD_free(md5);
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <lz4.h>
 
+#include <memory>
+
 namespace tavrin {
 namespace {
 
@@ -57,18 +59,18 @@ TEST(Lz4Framing, WritesCompressedBlocksOf64KiBOrRawOnesAndAnEndMarker) {
 TEST(Lz4Framing, ReadsBlocksThatReferToTheBlocksBeforeThem) {
   // A streaming LZ4 encoder's blocks refer back across block bounds.
   const Bytes input = jsonLikeBytes(150000);
-  LZ4_stream_t* lz4 = LZ4_createStream();
+  const std::unique_ptr<LZ4_stream_t, decltype(&LZ4_freeStream)> lz4(LZ4_createStream(),
+                                                                     &LZ4_freeStream);
   Bytes stream = rawBlock({});
   std::vector<char> encoded(static_cast<std::size_t>(LZ4_compressBound(65536)));
   for (std::size_t at = 0; at < input.size(); at += 65536) {
     const int size = static_cast<int>(std::min<std::size_t>(65536, input.size() - at));
     const int written =
-        LZ4_compress_fast_continue(lz4, reinterpret_cast<const char*>(input.data() + at),
+        LZ4_compress_fast_continue(lz4.get(), reinterpret_cast<const char*>(input.data() + at),
                                    encoded.data(), size, static_cast<int>(encoded.size()), 1);
     stream = stream + compressedBlock(static_cast<std::uint32_t>(size),
                                       Bytes(encoded.begin(), encoded.begin() + written));
   }
-  LZ4_freeStream(lz4);
   EXPECT_EQ(decodeLz4(closed(stream)), input);
 }
 
