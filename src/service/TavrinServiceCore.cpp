@@ -3,9 +3,10 @@
 #include "dataset/JsonWriter.hpp"
 #include "dataset/PermissionHeplper.hpp"
 #include "net/CurlTransport.hpp"
-#include "service/InterimCodec.hpp"
 #include "service/ServiceUrl.hpp"
 #include "service/StatusResource.hpp"
+
+#include <tavrin/codec.hpp>
 
 namespace tavrin {
 namespace {
@@ -46,12 +47,12 @@ std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) 
   const MappedBuffer json = writeJson(dataExtractorManager.extractData());
   if (onDataset) onDataset(json.view());
 
-  const auto compressed = interim::compressRawDeflate(json.bytes());
+  const auto compressed = compress(json.bytes(), CompressionAlgorithm::zlib);
   if (!compressed) {
     throw TavrinError(ErrorType::processingFailed,
                       std::string(StatusResource::compressFailedMessage));
   }
-  return interim::base64Encode(*compressed);
+  return base64Encode(*compressed);
 }
 
 }  // namespace tavrin
