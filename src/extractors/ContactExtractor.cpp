@@ -158,9 +158,8 @@ void appendDigests(Row& entryRow, const std::optional<std::string>& label,
 }  // namespace
 
 ContactExtractor::ContactExtractor(platform::Platform& platform)
-    : _dataSourceNameKey("Contacts"),
-      _contactKeys(std::begin(baseContactKeys), std::end(baseContactKeys)),
-      _platform(platform) {}
+    : PlatformExtractor("Contacts", platform),
+      _contactKeys(std::begin(baseContactKeys), std::end(baseContactKeys)) {}
 
 void ContactExtractor::addVersionKeys(const VersionGates& gates) {
   // The keys of the properties that newer systems offer join once; the note

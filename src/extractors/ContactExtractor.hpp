@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dataset/ExtractorBase.hpp"
+#include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -20,12 +21,11 @@ namespace tavrin {
 // of the contact, never its texts. Texts become presence flags, custom labels
 // become category ids, social and messaging labels and services become MD5
 // digests; only identifiers, countries and predefined labels stay text.
-class ContactExtractor : public ExtractorBase {
+class ContactExtractor : public PlatformExtractor<ExtractorBase> {
  public:
   // Keeps `platform`, which must outlive the extractor; reads it only in extract().
   explicit ContactExtractor(platform::Platform& platform);
 
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
   // Never throws: a refused permission and a failed enumeration become entries.
   Element extract() override;
 
@@ -70,7 +70,6 @@ class ContactExtractor : public ExtractorBase {
   void appendLabelCode(Row& row, const std::optional<std::string>& label);
   std::int64_t getCategoryId(const std::optional<std::string>& label);
 
-  std::string _dataSourceNameKey;
   std::vector<std::string> _contactKeys;
   // Category ids of the custom labels met so far, keyed by the label in NFC so
   // that canonically equivalent labels share one id. Kept for the extractor's
@@ -78,7 +77,6 @@ class ContactExtractor : public ExtractorBase {
   std::unordered_map<std::string, std::int64_t, LabelHash, std::equal_to<>> categoriesIds;
   std::int64_t currentId = 1;
 
-  platform::Platform& _platform;
   bool _versionKeysAdded = false;
   VersionGates _gates;
   // Buffers reused from row to row, so a contact costs no allocation once warm.

@@ -11,9 +11,8 @@ namespace tavrin {
 ContactGroupExtractor::ContactGroupExtractor(std::string dataSourceNameKey,
                                              std::vector<std::string> contactGroupKeys,
                                              platform::Platform& platform)
-    : _dataSourceNameKey(std::move(dataSourceNameKey)),
-      _contactGroupKeys(std::move(contactGroupKeys)),
-      _platform(platform) {}
+    : PlatformExtractor(std::move(dataSourceNameKey), platform),
+      _contactGroupKeys(std::move(contactGroupKeys)) {}
 
 Element ContactGroupExtractor::extract() {
   Element element(_dataSourceNameKey);

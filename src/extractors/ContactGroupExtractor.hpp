@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dataset/ExtractorBase.hpp"
+#include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -11,13 +12,12 @@ namespace tavrin {
 
 // The "ContactGroups" source: one row per group of the address book, its
 // identifier and whether it has a name. The name itself stays on the device.
-class ContactGroupExtractor : public ExtractorBase {
+class ContactGroupExtractor : public PlatformExtractor<ExtractorBase> {
  public:
   // Keeps `platform`, which must outlive the extractor; reads it only in extract().
   ContactGroupExtractor(std::string dataSourceNameKey, std::vector<std::string> contactGroupKeys,
                         platform::Platform& platform);
 
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
   // Never throws: a refused permission or a refused query becomes the only entry.
   Element extract() override;
 
@@ -27,9 +27,7 @@ class ContactGroupExtractor : public ExtractorBase {
  private:
   static Row makeGroupRow(const platform::ContactGroup& group);
 
-  std::string _dataSourceNameKey;
   std::vector<std::string> _contactGroupKeys;
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin
