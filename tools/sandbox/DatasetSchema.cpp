@@ -21,6 +21,7 @@ constexpr Slot digestOrNull{Kind::digest, true};
 constexpr Slot flag{Kind::flag};
 constexpr Slot listOf(const RowShape& shape) { return {Kind::rows, true, &shape}; }
 
+// clang-format off
 // "GeneralInfo": version, platform, start, end, brand, model, system, device id, SDK id.
 constexpr Slot headerSlots[] = {integer, integer, number,     number,    text,
                                 text,    text,    textOrNull, textOrNull};
@@ -36,33 +37,14 @@ constexpr RowShape postalAddressRow{postalAddressSlots};
 constexpr RowShape socialProfileRow{socialProfileSlots};
 constexpr RowShape instantMessageRow{instantMessageSlots};
 constexpr Slot contactSlots[] = {
-    text,
-    numberOrNull,
-    numberOrNull,
-    integer,  // 1-4: identifier, birthdays, kind
-    boolean,
-    boolean,
-    boolean,
-    boolean,
-    boolean,  // 5-9: name flags
-    boolean,
-    boolean,
-    boolean,
-    boolean,
-    boolean,        // 10-14
-    booleanOrNull,  // 15: phonetic organization
-    boolean,
-    boolean,
-    boolean,
-    boolean,        // 16-19
-    booleanOrNull,  // 20: note
-    listOf(socialProfileRow),
-    listOf(labeledValueRow),
-    listOf(labeledValueRow),
-    listOf(postalAddressRow),
-    listOf(labeledValueRow),
-    listOf(labeledValueRow),
-    listOf(instantMessageRow),  // 21-27
+    text,          numberOrNull,  numberOrNull,  integer,       boolean,        // 1-5
+    boolean,       boolean,       boolean,       boolean,       boolean,        // 6-10
+    boolean,       boolean,       boolean,       boolean,       booleanOrNull,  // 11-15
+    boolean,       boolean,       boolean,       boolean,       booleanOrNull,  // 16-20
+    listOf(socialProfileRow),     listOf(labeledValueRow),                      // 21-22
+    listOf(labeledValueRow),      listOf(postalAddressRow),                     // 23-24
+    listOf(labeledValueRow),      listOf(labeledValueRow),                      // 25-26
+    listOf(instantMessageRow),                                                  // 27
 };
 
 constexpr Slot groupSlots[] = {text, boolean};
@@ -104,25 +86,21 @@ constexpr Slot captureDeviceSlots[] = {
 constexpr Slot geoSlots[] = {boolean, boolean, boolean, boolean};
 
 constexpr Slot generalDataSlots[] = {
-    text,          text,          text,          text,
-    text,  // 1-5
-    textOrNull,    boolean,       boolean,       boolean,
-    boolean,  // 6-10
-    boolean,       integerOrNull, integerOrNull, unsignedInteger,
-    textOrNull,  // 11-15
-    textOrNull,    textOrNull,    textOrNull,    text,
-    textOrNull,  // 16-20
-    textOrNull,    textOrNull,    boolean,       text,
-    textOrNull,  // 21-25
-    booleanOrNull, textOrNull,    textOrNull,    textOrNull,
-    textOrNull,  // 26-30
-    textOrNull,  // 31
+    text,          text,          text,          text,            text,        // 1-5
+    textOrNull,    boolean,       boolean,       boolean,         boolean,     // 6-10
+    boolean,       integerOrNull, integerOrNull, unsignedInteger, textOrNull,  // 11-15
+    textOrNull,    textOrNull,    textOrNull,    text,            textOrNull,  // 16-20
+    textOrNull,    textOrNull,    boolean,       text,            textOrNull,  // 21-25
+    booleanOrNull, textOrNull,    textOrNull,    textOrNull,      textOrNull,  // 26-30
+    textOrNull,                                                                // 31
 };
 
 constexpr Slot permissionSlots[] = {text, flag};
 constexpr std::string_view permissionKeys[] = {
     "NSCalendarsUsageDescription", "NSRemindersUsageDescription", "NSContactsUsageDescription",
     "NSPhotoLibraryUsageDescription"};
+
+// clang-format on
 
 constexpr RowShape headerRow{headerSlots};
 constexpr RowShape contactRow{contactSlots};
