@@ -14,5 +14,7 @@ struct Command {
 };
 
 Command addExampleCommand(CLI::App& app);
+Command addSandboxCommand(CLI::App& app);
+Command addInspectCommand(CLI::App& app);
 
 }  // namespace tavrin::tool

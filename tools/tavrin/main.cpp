@@ -8,6 +8,8 @@ int main(int argc, char** argv) {
 
   const std::vector<tavrin::tool::Command> commands{
       tavrin::tool::addExampleCommand(app),
+      tavrin::tool::addSandboxCommand(app),
+      tavrin::tool::addInspectCommand(app),
   };
 
   try {
