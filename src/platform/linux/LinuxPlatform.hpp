@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/linux/LinuxCaptureDeviceSource.hpp"
+#include "platform/linux/LinuxContactStore.hpp"
+#include "platform/linux/LinuxDeviceInfo.hpp"
+#include "platform/linux/LinuxEventStore.hpp"
+#include "platform/linux/LinuxLocationServices.hpp"
+#include "platform/linux/LinuxPhotoLibrary.hpp"
+#include "platform/linux/SystemClock.hpp"
+#include "platform/linux/SystemRandomSource.hpp"
+
+#include <tavrin/platform/Platform.hpp>
+
+namespace tavrin::platform {
+
+// The Linux machine the library runs on: its real device facts, and the
+// personal data stores it does not have reported as restricted.
+class LinuxPlatform final : public Platform {
+ public:
+  explicit LinuxPlatform(std::string applicationIdentifier, LinuxSystemFiles files = {})
+      : _device(std::move(applicationIdentifier), std::move(files)) {}
+
+  DeviceInfo& device() override { return _device; }
+  ContactStore& contacts() override { return _contacts; }
+  EventStore& events() override { return _events; }
+  PhotoLibrary& photos() override { return _photos; }
+  CaptureDeviceSource& captureDevices() override { return _captureDevices; }
+  LocationServices& location() override { return _location; }
+  Clock& clock() override { return _clock; }
+  RandomSource& random() override { return _random; }
+
+ private:
+  LinuxDeviceInfo _device;
+  LinuxContactStore _contacts;
+  LinuxEventStore _events;
+  LinuxPhotoLibrary _photos;
+  LinuxCaptureDeviceSource _captureDevices;
+  LinuxLocationServices _location;
+  SystemClock _clock;
+  SystemRandomSource _random;
+};
+
+}  // namespace tavrin::platform
