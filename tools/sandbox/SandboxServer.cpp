@@ -134,6 +134,12 @@ SandboxServer::SandboxServer(SandboxOptions options)
     response.set_content(errorDocument("sandbox_failure", what), "application/json");
   });
 
+  // The library listens with a backlog of 5, which drops the connections of
+  // a burst of clients; the listening socket is noted here to widen it.
+  _server->set_socket_options([this](socket_t socket) {
+    httplib::default_socket_options(socket);
+    _listeningSocket = socket;
+  });
   _port = _options.port == 0 ? _server->bind_to_any_port(_options.bindAddress)
           : _server->bind_to_port(_options.bindAddress, _options.port) ? _options.port
                                                                        : -1;
@@ -141,6 +147,7 @@ SandboxServer::SandboxServer(SandboxOptions options)
     throw std::runtime_error("cannot listen on " + _options.bindAddress + ":" +
                              std::to_string(_options.port));
   }
+  listen(_listeningSocket, SOMAXCONN);
 }
 
 SandboxServer::~SandboxServer() { stop(); }

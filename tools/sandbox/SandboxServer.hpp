@@ -130,6 +130,7 @@ class SandboxServer {
   DatasetValidator _validator;
   std::unique_ptr<httplib::SSLServer> _server;
   int _port = 0;
+  int _listeningSocket = -1;
   std::thread _thread;
   std::atomic<bool> _stopping{false};
   std::atomic<bool> _listenEnded{false};
