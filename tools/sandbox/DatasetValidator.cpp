@@ -191,30 +191,53 @@ bool fits(const Slot& slot, const json& value) {
   return false;
 }
 
-std::optional<std::string> checkRow(const json& row, const RowShape& shape,
-                                    const std::string& where) {
+// Where a value sits: its section, then the row and position numbers that
+// lead to it. Cheap to copy; its text is made only for a message.
+class Place {
+ public:
+  explicit Place(std::string_view section) : _section(section) {}
+
+  Place then(const char* label, std::size_t number) const {
+    Place next = *this;
+    next._steps[next._depth++] = {label, number};
+    return next;
+  }
+
+  std::string text() const {
+    std::string text = "section " + std::string(_section);
+    for (std::size_t i = 0; i < _depth; ++i) {
+      text += std::string(", ") + _steps[i].first + " " + std::to_string(_steps[i].second);
+    }
+    return text;
+  }
+
+ private:
+  std::string_view _section;
+  // A contact's nested list is the deepest place: row, position, row, position.
+  std::array<std::pair<const char*, std::size_t>, 4> _steps{};
+  std::size_t _depth = 0;
+};
+
+std::optional<std::string> checkRow(const json& row, const RowShape& shape, const Place& place) {
   const std::size_t length = shape.slots.size();
   if (!row.is_array()) {
-    return where + ": expected a row of " + std::to_string(length) + " values, got " +
+    return place.text() + ": expected a row of " + std::to_string(length) + " values, got " +
            describe(row);
   }
   if (row.size() != length) {
-    return where + ": expected " + std::to_string(length) + " values, got " +
+    return place.text() + ": expected " + std::to_string(length) + " values, got " +
            std::to_string(row.size());
   }
   for (std::size_t p = 0; p < length; ++p) {
     const Slot& slot = shape.slots[p];
     const json& value = row[p];
-    const std::string place = where + ", position " + std::to_string(p + 1);
     if (slot.kind == Kind::rows && value.is_array() && !value.empty()) {
+      const Place list = place.then("position", p + 1);
       for (std::size_t r = 0; r < value.size(); ++r) {
-        if (auto problem =
-                checkRow(value[r], *slot.rows, place + ", row " + std::to_string(r + 1))) {
-          return problem;
-        }
+        if (auto problem = checkRow(value[r], *slot.rows, list.then("row", r + 1))) return problem;
       }
     } else if (!fits(slot, value)) {
-      return place + ": expected " + expectation(slot) + ", got " +
+      return place.then("position", p + 1).text() + ": expected " + expectation(slot) + ", got " +
              (value.is_array() && value.empty() ? std::string("an empty list") : describe(value));
     }
   }
@@ -254,10 +277,10 @@ std::optional<std::string> checkEntryText(const SectionShape& section, const jso
 }
 
 std::optional<std::string> checkSection(const SectionShape& section, const json& entries) {
-  const std::string where = "section " + std::string(section.name);
-  if (section.flat) return checkRow(entries, *section.shape, where);
+  const Place place(section.name);
+  if (section.flat) return checkRow(entries, *section.shape, place);
   if (!section.fixedKeys.empty() && entries.size() != section.fixedKeys.size()) {
-    return where + ": expected " + std::to_string(section.fixedKeys.size()) + " rows, got " +
+    return place.text() + ": expected " + std::to_string(section.fixedKeys.size()) + " rows, got " +
            std::to_string(entries.size());
   }
   for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -265,11 +288,11 @@ std::optional<std::string> checkSection(const SectionShape& section, const json&
       if (auto problem = checkEntryText(section, entries, i)) return problem;
       continue;
     }
-    const std::string row = where + ", row " + std::to_string(i + 1);
+    const Place row = place.then("row", i + 1);
     if (auto problem = checkRow(entries[i], *section.shape, row)) return problem;
     if (!section.fixedKeys.empty() && entries[i][0] != section.fixedKeys[i]) {
-      return row + ", position 1: expected " + inQuotes(section.fixedKeys[i]) + ", got " +
-             describe(entries[i][0]);
+      return row.then("position", 1).text() + ": expected " + inQuotes(section.fixedKeys[i]) +
+             ", got " + describe(entries[i][0]);
     }
   }
   return std::nullopt;
