@@ -1,0 +1,113 @@
+#include "platform/profile/ProfileEventStore.hpp"
+
+#include <algorithm>
+#include <limits>
+
+namespace tavrin::platform {
+
+namespace {
+
+std::optional<Permission> permissionOf(std::int64_t entityType) {
+  switch (entityType) {
+    case EntityType::event: return Permission::calendarEvents;
+    case EntityType::reminder: return Permission::reminders;
+    default: return {};
+  }
+}
+
+bool contains(const std::vector<std::string>& identifiers, const std::string& identifier) {
+  return std::find(identifiers.begin(), identifiers.end(), identifier) != identifiers.end();
+}
+
+}  // namespace
+
+ProfileEventStore::ProfileEventStore(const DeviceProfile& profile, PermissionState& permissions,
+                                     CompletionThreads& threads)
+    : _eventCalendars(profile.eventCalendars),
+      _reminderCalendars(profile.reminderCalendars),
+      _events(profile.events),
+      _reminders(profile.reminders),
+      _deviceTimeZone(profile.device.timeZone.identifier),
+      _permissions(permissions),
+      _threads(threads) {
+  for (const auto& event : _events) {
+    if (!event.recurrence) continue;
+    const auto& zone = event.event.timeZone.value_or(_deviceTimeZone);
+    _expanders.try_emplace(zone, zone);
+  }
+}
+
+bool ProfileEventStore::authorized(std::int64_t entityType) const {
+  const auto permission = permissionOf(entityType);
+  return permission && _permissions.status(*permission) == AuthorizationStatus::authorized;
+}
+
+std::int64_t ProfileEventStore::authorizationStatus(std::int64_t entityType) {
+  const auto permission = permissionOf(entityType);
+  return permission ? _permissions.status(*permission) : AuthorizationStatus::restricted;
+}
+
+void ProfileEventStore::requestAccess(std::int64_t entityType, AccessHandler handler) {
+  if (const auto permission = permissionOf(entityType)) {
+    _permissions.requestAccess(*permission, std::move(handler));
+  } else {
+    _permissions.refuseEntityType(entityType, std::move(handler));
+  }
+}
+
+std::vector<Calendar> ProfileEventStore::calendars(std::int64_t entityType) {
+  if (!authorized(entityType)) return {};
+  return entityType == EntityType::event ? _eventCalendars : _reminderCalendars;
+}
+
+std::vector<Event> ProfileEventStore::events(double start, double end,
+                                             const std::vector<std::string>& calendarIdentifiers) {
+  std::vector<Event> found;
+  if (!authorized(EntityType::event) || !(start <= end)) return found;
+  end = std::min(end, start + longestRange);
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  for (const auto& event : _events) {
+    if (!contains(calendarIdentifiers, event.calendarIdentifier)) continue;
+    if (event.recurrence) {
+      appendOccurrences(event, start, end, found);
+    } else if (event.event.startDate.value_or(-infinity) <= end &&
+               event.event.endDate.value_or(infinity) >= start) {
+      found.push_back(event.event);
+    }
+  }
+  return found;
+}
+
+void ProfileEventStore::appendOccurrences(const ProfileEvent& event, double start, double end,
+                                          std::vector<Event>& out) const {
+  // Reading guarantees a recurring event both dates and a known zone.
+  const double first = *event.event.startDate;
+  const double duration = *event.event.endDate - first;
+  const auto& expander = _expanders.at(event.event.timeZone.value_or(_deviceTimeZone));
+  expander.expand(first, duration, *event.recurrence, start, end, [&](double occurrence) {
+    auto& copy = out.emplace_back(event.event);
+    copy.startDate = occurrence;
+    copy.endDate = occurrence + duration;
+    copy.occurrenceDate = occurrence;
+  });
+}
+
+void ProfileEventStore::fetchReminders(const std::vector<std::string>& calendarIdentifiers,
+                                       RemindersHandler completion) {
+  std::optional<std::vector<Reminder>> delivered;
+  if (_reminders) {
+    delivered.emplace();
+    if (authorized(EntityType::reminder)) {
+      for (const auto& reminder : *_reminders) {
+        if (contains(calendarIdentifiers, reminder.calendarIdentifier)) {
+          delivered->push_back(reminder.reminder);
+        }
+      }
+    }
+  }
+  _threads.run([completion = std::move(completion), delivered = std::move(delivered)] {
+    completion(delivered);
+  });
+}
+
+}  // namespace tavrin::platform
