@@ -15,7 +15,7 @@ build: deps
 	@cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
-	@$(BUILD)/tools/tavrin example
+	@$(BUILD)/tools/tavrin dataset --profile examples/profiles/iphone-realistic.json
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)

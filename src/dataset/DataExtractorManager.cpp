@@ -2,9 +2,14 @@
 
 #include "dataset/DeviceIdentity.hpp"
 #include "extractors/ApplicationInfo.hpp"
+#include "extractors/CaptureDeviceExtractor.hpp"
 #include "extractors/GeneralDataExtractor.hpp"
 #include "extractors/GeoDataExtractor.hpp"
+#include "extractors/ImageExtractor.hpp"
+#include "extractors/MediaAlbumExtractor.hpp"
 #include "extractors/PermissionExtractor.hpp"
+#include "extractors/UnknownFileExtractor.hpp"
+#include "extractors/VideoExtractor.hpp"
 #include "service/notifyObserver.hpp"
 
 #include <chrono>
@@ -36,6 +41,11 @@ DataExtractorManager::DataExtractorManager(std::shared_ptr<platform::Platform> p
       _sdkIdentifier(ApplicationInfo::sdkIdentifier(_platform->device())),
       _locationUtil(drawLocationUtil(_platform->random())) {
   platform::Platform& device = *_platform;
+  _extractors.push_back(std::make_unique<MediaAlbumExtractor>("MediaAlbums", _locationUtil, device));
+  _extractors.push_back(std::make_unique<VideoExtractor>("Video", _locationUtil, device));
+  _extractors.push_back(std::make_unique<ImageExtractor>("Images", _locationUtil, device));
+  _extractors.push_back(std::make_unique<UnknownFileExtractor>("UnknownFiles", _locationUtil, device));
+  _extractors.push_back(std::make_unique<CaptureDeviceExtractor>("CaptureDevice", device));
   _extractors.push_back(std::make_unique<GeoDataExtractor>("GeoInfo", device));
   _extractors.push_back(std::make_unique<GeneralDataExtractor>("GeneralData", device));
   _extractors.push_back(std::make_unique<PermissionExtractor>("Permissions", device));

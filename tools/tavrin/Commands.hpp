@@ -2,7 +2,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <tavrin/platform/Platform.hpp>
+
 #include <functional>
+#include <memory>
+#include <string>
 
 namespace tavrin::tool {
 
@@ -13,7 +17,20 @@ struct Command {
   std::function<int()> run;
 };
 
-Command addExampleCommand(CLI::App& app);
+// Exit codes shared by the subcommands.
+namespace ExitCode {
+constexpr int success = 0;
+constexpr int usage = 2;
+constexpr int badProfile = 3;        // the device profile cannot be loaded
+constexpr int tavrinErrorBase = 10;  // plus the error kind's raw value
+constexpr int jsonWrite = 20;
+}  // namespace ExitCode
+
+// The platform a subcommand reads: the device profile when one is named, the
+// Linux machine otherwise. Throws platform::DeviceProfileError.
+std::shared_ptr<platform::Platform> choosePlatform(const std::string& profilePath);
+
+Command addDatasetCommand(CLI::App& app);
 Command addSandboxCommand(CLI::App& app);
 Command addInspectCommand(CLI::App& app);
 

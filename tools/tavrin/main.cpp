@@ -7,7 +7,7 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   const std::vector<tavrin::tool::Command> commands{
-      tavrin::tool::addExampleCommand(app),
+      tavrin::tool::addDatasetCommand(app),
       tavrin::tool::addSandboxCommand(app),
       tavrin::tool::addInspectCommand(app),
   };
@@ -16,10 +16,10 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     // Help is a success; every other parse failure is a usage error.
-    return app.exit(error) == 0 ? 0 : 2;
+    return app.exit(error) == 0 ? 0 : tavrin::tool::ExitCode::usage;
   }
   for (const auto& command : commands) {
     if (command.options->parsed()) return command.run();
   }
-  return 2;
+  return tavrin::tool::ExitCode::usage;
 }

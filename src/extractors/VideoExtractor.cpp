@@ -1,0 +1,7 @@
+#include "extractors/VideoExtractor.hpp"
+
+namespace tavrin {
+
+Element VideoExtractor::extract() { return extractAssets({platform::MediaType::video}); }
+
+}  // namespace tavrin

@@ -1,0 +1,53 @@
+#include "Commands.hpp"
+
+#include "dataset/DataExtractorManager.hpp"
+#include "dataset/JsonWriter.hpp"
+#include "dataset/PermissionHeplper.hpp"
+
+#include <tavrin/error.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+
+namespace tavrin::tool {
+
+// Runs the permission step and the extraction, without any network, and prints
+// the dataset exactly as a collection would upload it.
+Command addDatasetCommand(CLI::App& app) {
+  struct Options {
+    std::string profile;
+    bool pretty = false;
+  };
+  auto options = std::make_shared<Options>();
+  auto* command = app.add_subcommand("dataset", "Print the dataset a collection would upload");
+  command->add_option("--profile", options->profile, "Device profile (default: this machine)")
+      ->check(CLI::ExistingFile);
+  command->add_flag("--pretty", options->pretty, "Indent the JSON for reading");
+
+  return {command, [options] {
+            std::shared_ptr<platform::Platform> device;
+            try {
+              device = choosePlatform(options->profile);
+            } catch (const platform::DeviceProfileError& error) {
+              std::cerr << "error: " << error.what() << '\n';
+              return ExitCode::badProfile;
+            }
+            DataExtractorManager manager(device);
+            PermissionHeplper::requestPermissions(*device);
+            try {
+              const MappedBuffer json = writeJson(manager.extractData());
+              if (options->pretty) {
+                std::cout << nlohmann::json::parse(json.view()).dump(2) << '\n';
+              } else {
+                std::cout << json.view() << '\n';
+              }
+            } catch (const JsonWriteError& error) {
+              std::cerr << "error: " << error.what() << '\n';
+              return ExitCode::jsonWrite;
+            }
+            return ExitCode::success;
+          }};
+}
+
+}  // namespace tavrin::tool
