@@ -2,10 +2,11 @@
 # project needs on a Debian 12 machine and build in build/.
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
+TSAN_BUILD ?= build-tsan
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test test-sanitize bench fuzz deps build clean format
+.PHONY: demo test test-sanitize test-tsan bench fuzz deps build clean format
 
 deps:
 	@./scripts/install-deps.sh
@@ -28,6 +29,18 @@ test-sanitize: deps
 	@cmake --build $(SANITIZE_BUILD) -j $(JOBS)
 	@cd $(SANITIZE_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --output-on-failure -j $(JOBS)
+
+# The tests in which a platform completion arrives on another thread, built with
+# clang under ThreadSanitizer. TSAN_TESTS is a ctest regular expression over test
+# names; extend it when a test of another waiting path is added.
+TSAN_TESTS ?= Reminder|Prompt
+test-tsan: deps
+	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
+	  -DTAVRIN_SANITIZE=thread $(CMAKE_FLAGS) >/dev/null
+	@cmake --build $(TSAN_BUILD) -j $(JOBS)
+	@cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+	  ctest --output-on-failure --no-tests=error -j $(JOBS) -R '$(TSAN_TESTS)'
 
 bench: deps
 	@cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAVRIN_BUILD_BENCH=ON >/dev/null
@@ -55,4 +68,4 @@ format:
 	@clang-format -i $$(git ls-files '*.cpp' '*.hpp')
 
 clean:
-	@rm -rf $(BUILD) $(SANITIZE_BUILD) build-bench build-fuzz
+	@rm -rf $(BUILD) $(SANITIZE_BUILD) $(TSAN_BUILD) build-bench build-fuzz

@@ -2,6 +2,9 @@
 
 #include "dataset/DeviceIdentity.hpp"
 #include "extractors/ApplicationInfo.hpp"
+#include "extractors/CalendarEventExtractor.hpp"
+#include "extractors/CalendarExtractor.hpp"
+#include "extractors/CalendarReminderExtractor.hpp"
 #include "extractors/CaptureDeviceExtractor.hpp"
 #include "extractors/GeneralDataExtractor.hpp"
 #include "extractors/GeoDataExtractor.hpp"
@@ -45,6 +48,9 @@ DataExtractorManager::DataExtractorManager(std::shared_ptr<platform::Platform> p
   _extractors.push_back(std::make_unique<VideoExtractor>("Video", _locationUtil, device));
   _extractors.push_back(std::make_unique<ImageExtractor>("Images", _locationUtil, device));
   _extractors.push_back(std::make_unique<UnknownFileExtractor>("UnknownFiles", _locationUtil, device));
+  _extractors.push_back(std::make_unique<CalendarExtractor>(device));
+  _extractors.push_back(std::make_unique<CalendarEventExtractor>("CalendarEvents", device));
+  _extractors.push_back(std::make_unique<CalendarReminderExtractor>("CalendarReminders", device));
   _extractors.push_back(std::make_unique<CaptureDeviceExtractor>("CaptureDevice", device));
   _extractors.push_back(std::make_unique<GeoDataExtractor>("GeoInfo", device));
   _extractors.push_back(std::make_unique<GeneralDataExtractor>("GeneralData", device));

@@ -1,0 +1,95 @@
+// Every test here runs the reminder fetch, whose completion the profile
+// platform delivers on another thread; `make test-tsan` selects them by name.
+
+#include "extractors/CalendarReminderExtractor.hpp"
+
+#include "CalendarTestSupport.hpp"
+
+namespace tavrin {
+namespace {
+
+using calendartest::expectChildren;
+using calendartest::loadProfile;
+
+TEST(CalendarReminderExtractor, DescribesEveryReminderWithOrWithoutDateComponents) {
+  const auto platform = loadProfile("calendar-reminder-rows.json");
+  const Element element = CalendarReminderExtractor("CalendarReminders", *platform).extract();
+  EXPECT_EQ(element.Name(), "CalendarReminders");
+  // Due 2021-01-01 00:00:00 UTC; then no date components; a location of
+  // spaces with an empty attendee list; an empty location without one.
+  expectChildren(element, R"([
+    ["new-year", 1609372800.0, 1609459200.0, true, 1609400000.75, 1, true, true, true, true, true,
+     1609000000.0, 1609100000.0, "Europe/Paris", 2],
+    ["no-date-components", null, null, false, null, 9, false, false, false, false, false, null,
+     null, null, null],
+    ["blank-location", null, null, false, null, 0, false, false, false, false, false, null, null,
+     null, 0],
+    ["empty-location", null, null, false, null, 0, false, false, false, false, false, null, null,
+     null, null]])");
+}
+
+// The rows are appended on the store's thread; each extraction must see all of
+// them once its wait ends. Repeated, since a release that came before the last
+// append would show only in some interleavings (under ThreadSanitizer, as a race).
+TEST(CalendarReminderExtractor, SeesEveryRowOnceTheWaitEnds) {
+  const auto platform = loadProfile("calendar-reminder-rows.json");
+  CalendarReminderExtractor extractor("CalendarReminders", *platform);
+  for (int run = 0; run < 50; ++run) {
+    ASSERT_EQ(extractor.extract().ChildElements().size(), 4U) << "run " << run;
+  }
+}
+
+struct FetchCase {
+  const char* name;
+  const char* profile;
+  const char* children;
+};
+void PrintTo(const FetchCase& c, std::ostream* os) { *os << c.name; }
+
+class CalendarReminderFetch : public testing::TestWithParam<FetchCase> {};
+
+// Both return instead of waiting for ever; only the fetch that delivers no list
+// leaves an entry.
+TEST_P(CalendarReminderFetch, ReturnsWhenTheFetchDeliversNothing) {
+  const auto platform = loadProfile(GetParam().profile);
+  expectChildren(CalendarReminderExtractor("CalendarReminders", *platform).extract(),
+                 GetParam().children);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Outcomes, CalendarReminderFetch,
+    testing::Values(
+        FetchCase{"EmptyList", "calendar-reminders-empty-fetch.json", "[]"},
+        FetchCase{"NoList", "calendar-reminders-absent-fetch.json",
+                  R"(["EXTRACTING ERROR : CalendarReminders: Reminder fetch delivered no list"])"}),
+    calendartest::caseName<FetchCase>);
+
+struct DeliveryCase {
+  const char* name;
+  std::optional<std::size_t> reminderCount;  // absent: the fetch delivers no list
+};
+void PrintTo(const DeliveryCase& c, std::ostream* os) { *os << c.name; }
+
+class CalendarReminderRelease : public testing::TestWithParam<DeliveryCase> {};
+
+TEST_P(CalendarReminderRelease, ReleasesTheWaitExactlyOnce) {
+  const auto platform = loadProfile("calendar-reminders-empty-fetch.json");
+  const CalendarReminderExtractor extractor("CalendarReminders", *platform);
+  Element element(extractor.dataSourceNameKey());
+  std::optional<std::vector<platform::Reminder>> reminders;
+  if (GetParam().reminderCount) reminders.emplace(*GetParam().reminderCount);
+  std::counting_semaphore<> semaphore(0);
+  CalendarReminderExtractor::appendReminderRows(reminders, semaphore, extractor, element);
+  EXPECT_TRUE(semaphore.try_acquire());
+  EXPECT_FALSE(semaphore.try_acquire());
+  EXPECT_EQ(element.ChildElements().size(), GetParam().reminderCount.value_or(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(Deliveries, CalendarReminderRelease,
+                         testing::Values(DeliveryCase{"NoList", std::nullopt},
+                                         DeliveryCase{"EmptyList", 0},
+                                         DeliveryCase{"TwoReminders", 2}),
+                         calendartest::caseName<DeliveryCase>);
+
+}  // namespace
+}  // namespace tavrin
