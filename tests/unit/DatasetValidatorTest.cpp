@@ -274,6 +274,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "payload: 3 bytes follow the end of the DEFLATE stream"},
         BadPayload{"NotJson", [] { return base64(rawDeflate("{not json")); },
                    "payload: not JSON: parse error at line 1, column 3"},
+        BadPayload{"NumberBeyondDouble", [] { return base64(rawDeflate("[1e999999]")); },
+                   "payload: not JSON: number overflow parsing '1e999999'"},
         BadPayload{"InvalidUtf8", [] { return base64(rawDeflate("[\"\xc3\x28\"]")); },
                    "payload: not JSON: "},
         BadPayload{"NestedTooDeep", [] { return base64(rawDeflate(std::string(100000, '['))); },

@@ -385,8 +385,8 @@ DecodedPayload DatasetValidator::decode(std::string_view base64) const {
       if (depth > maxJsonDepth) throw TooDeep{};
       return true;
     });
-  } catch (const json::parse_error& error) {
-    // Drop the library's "[json.exception.parse_error.101] " tag.
+  } catch (const json::exception& error) {
+    // Drop the library's tag, for example "[json.exception.parse_error.101] ".
     std::string_view message = error.what();
     if (const auto tag = message.find("] "); tag != std::string_view::npos) {
       message.remove_prefix(tag + 2);
