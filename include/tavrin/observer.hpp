@@ -26,10 +26,10 @@ struct ExchangeOutcome {
 ///
 /// Every call comes on the thread that called the TavrinService constructor
 /// or collectData, one at a time, while that call blocks; calls for one run
-/// come in order. The observer must outlive the service, must return quickly,
-/// must not call back into the service and must not throw (an exception it
-/// throws is ignored). Every member has an empty default, so an observer
-/// overrides only what it shows.
+/// come in order. The observer must return quickly, must not call back into
+/// the service and should not throw (an exception it throws is ignored).
+/// Every member has an empty default, so an observer overrides only what it
+/// shows. A service takes one through ServiceOptions::observer.
 class TAVRIN_EXPORT CollectionObserver {
  public:
   virtual ~CollectionObserver() = default;
