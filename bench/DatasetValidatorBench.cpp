@@ -4,9 +4,8 @@
 #include "DatasetValidator.hpp"
 
 #include <benchmark/benchmark.h>
-#include <openssl/evp.h>
-#include <zlib.h>
 #include <nlohmann/json.hpp>
+#include <tavrin/codec.hpp>
 
 #include <fstream>
 
@@ -40,22 +39,7 @@ const std::string& largeDatasetJson() {
 }
 
 std::string encode(const std::string& text) {
-  std::string compressed(compressBound(static_cast<uLong>(text.size())), '\0');
-  z_stream stream{};
-  deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
-  stream.avail_in = static_cast<uInt>(text.size());
-  stream.next_out = reinterpret_cast<Bytef*>(compressed.data());
-  stream.avail_out = static_cast<uInt>(compressed.size());
-  deflate(&stream, Z_FINISH);
-  compressed.resize(stream.total_out);
-  deflateEnd(&stream);
-  std::string base64(4 * ((compressed.size() + 2) / 3) + 1, '\0');
-  const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(base64.data()),
-                                     reinterpret_cast<const unsigned char*>(compressed.data()),
-                                     static_cast<int>(compressed.size()));
-  base64.resize(static_cast<std::size_t>(length));
-  return base64;
+  return base64Encode(*deflate(std::vector<std::uint8_t>(text.begin(), text.end())));
 }
 
 void DecodeAndValidate(benchmark::State& state) {

@@ -1,7 +1,7 @@
 #include "SandboxFixture.hpp"
 
 #include <httplib.h>
-#include <zlib.h>
+#include <tavrin/codec.hpp>
 
 #include <fstream>
 #include <sstream>
@@ -14,31 +14,7 @@ nlohmann::json validDataset() {
 }
 
 std::string encodePayload(const std::string& json) {
-  z_stream stream{};
-  deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
-  std::string bytes(deflateBound(&stream, json.size()), '\0');
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(json.data()));
-  stream.avail_in = static_cast<uInt>(json.size());
-  stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
-  stream.avail_out = static_cast<uInt>(bytes.size());
-  deflate(&stream, Z_FINISH);
-  bytes.resize(stream.total_out);
-  deflateEnd(&stream);
-
-  static constexpr char letters[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const auto byte = [&](std::size_t at) -> std::uint32_t {
-      return at < bytes.size() ? static_cast<std::uint8_t>(bytes[at]) : 0u;
-    };
-    const std::uint32_t group = byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2);
-    text += letters[group >> 18 & 63];
-    text += letters[group >> 12 & 63];
-    text += i + 1 < bytes.size() ? letters[group >> 6 & 63] : '=';
-    text += i + 2 < bytes.size() ? letters[group & 63] : '=';
-  }
-  return text;
+  return base64Encode(*deflate(std::vector<std::uint8_t>(json.begin(), json.end())));
 }
 
 std::optional<SandboxEndpoint> SandboxEndpoint::fromReadyLine(const std::string& line) {

@@ -1,8 +1,8 @@
 #include "DatasetValidator.hpp"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 #include <nlohmann/json.hpp>
+#include <tavrin/codec.hpp>
 
 #include <fstream>
 #include <functional>
@@ -19,36 +19,14 @@ json validDocument() {
   return json::parse(file);
 }
 
-std::string rawDeflate(const std::string& text) {
-  z_stream stream{};
-  deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
-  std::string out(deflateBound(&stream, text.size()), '\0');
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
-  stream.avail_in = static_cast<uInt>(text.size());
-  stream.next_out = reinterpret_cast<Bytef*>(out.data());
-  stream.avail_out = static_cast<uInt>(out.size());
-  deflate(&stream, Z_FINISH);
-  out.resize(stream.total_out);
-  deflateEnd(&stream);
-  return out;
+std::vector<std::uint8_t> bytes(std::string_view text) { return {text.begin(), text.end()}; }
+
+std::string rawDeflate(std::string_view text) {
+  const auto compressed = deflate(bytes(text));
+  return {compressed->begin(), compressed->end()};
 }
 
-std::string base64(const std::string& bytes) {
-  static constexpr char letters[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const auto byte = [&](std::size_t at) -> std::uint32_t {
-      return at < bytes.size() ? static_cast<std::uint8_t>(bytes[at]) : 0u;
-    };
-    const std::uint32_t group = byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2);
-    text += letters[group >> 18 & 63];
-    text += letters[group >> 12 & 63];
-    text += i + 1 < bytes.size() ? letters[group >> 6 & 63] : '=';
-    text += i + 2 < bytes.size() ? letters[group & 63] : '=';
-  }
-  return text;
-}
+std::string base64(std::string_view data) { return base64Encode(bytes(data)); }
 
 std::string payload(const json& document) { return base64(rawDeflate(document.dump())); }
 
@@ -256,12 +234,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "payload: not a raw DEFLATE stream ("},
         BadPayload{"ZlibContainer",
                    [] {
-                     std::string out(256, '\0');
-                     uLongf size = out.size();
-                     compress(reinterpret_cast<Bytef*>(out.data()), &size,
-                              reinterpret_cast<const Bytef*>("[1,2,3]"), 7);
-                     out.resize(size);
-                     return base64(out);
+                     const auto wrapped = zip(bytes("[1,2,3]"));
+                     return base64Encode(*wrapped);
                    },
                    "payload: not a raw DEFLATE stream ("},
         BadPayload{"Truncated",

@@ -3,6 +3,8 @@
 #include "DatasetSchema.hpp"
 #include "dataset/Element.hpp"
 
+#include <tavrin/codec.hpp>
+
 #include <zlib.h>
 #include <nlohmann/json.hpp>
 
@@ -26,48 +28,20 @@ constexpr int maxJsonDepth = 32;
 
 struct TooDeep {};
 
-// Standard base64 with padding, nothing else: no line breaks, no blanks, no
-// URL alphabet, and the unused bits of the last group zero, so every byte
-// string has exactly one accepted text.
-std::optional<std::string> decodeBase64(std::string_view text, std::vector<std::uint8_t>& bytes) {
-  static constexpr auto alphabet = [] {
-    std::array<std::int8_t, 256> table{};
-    table.fill(-1);
-    constexpr std::string_view letters =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    for (std::size_t i = 0; i < letters.size(); ++i) {
-      table[static_cast<unsigned char>(letters[i])] = static_cast<std::int8_t>(i);
-    }
-    return table;
-  }();
+// Why a text is not base64 as the client writes it (the codec's strict
+// decoding refused it): the first thing wrong, for the message.
+std::string base64Problem(std::string_view text) {
   if (text.size() % 4 != 0) {
     return "its length " + std::to_string(text.size()) + " is not a multiple of 4";
   }
-  std::size_t padding = 0;
-  if (!text.empty() && text.back() == '=') padding = text[text.size() - 2] == '=' ? 2 : 1;
-  bytes.clear();
-  bytes.reserve(text.size() / 4 * 3);
-  std::uint32_t group = 0;
-  for (std::size_t i = 0; i < text.size() - padding; ++i) {
-    const std::int8_t value = alphabet[static_cast<unsigned char>(text[i])];
-    if (value < 0) return "character " + std::to_string(i + 1) + " is not in the base64 alphabet";
-    group = group << 6 | static_cast<std::uint32_t>(value);
-    if (i % 4 == 3) {
-      bytes.push_back(static_cast<std::uint8_t>(group >> 16));
-      bytes.push_back(static_cast<std::uint8_t>(group >> 8));
-      bytes.push_back(static_cast<std::uint8_t>(group));
-      group = 0;
-    }
+  constexpr std::string_view alphabet =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
+  const std::size_t stray = text.substr(0, text.size() - padding).find_first_not_of(alphabet);
+  if (stray != std::string_view::npos) {
+    return "character " + std::to_string(stray + 1) + " is not in the base64 alphabet";
   }
-  if (padding == 2) {
-    if ((group & 0xF) != 0) return "the bits after the last byte are not zero";
-    bytes.push_back(static_cast<std::uint8_t>(group >> 4));
-  } else if (padding == 1) {
-    if ((group & 0x3) != 0) return "the bits after the last byte are not zero";
-    bytes.push_back(static_cast<std::uint8_t>(group >> 10));
-    bytes.push_back(static_cast<std::uint8_t>(group >> 2));
-  }
-  return std::nullopt;
+  return "the bits after the last byte are not zero";
 }
 
 // Inflates a raw DEFLATE stream into `text`, refusing to produce more than
@@ -366,18 +340,18 @@ DecodedPayload DatasetValidator::decode(std::string_view base64) const {
     result.problem = "payload: empty";
     return result;
   }
-  std::vector<std::uint8_t> compressed;
-  if (auto problem = decodeBase64(base64, compressed)) {
-    result.problem = "payload: not base64: " + *problem;
+  auto compressed = base64Decode(base64);
+  if (!compressed) {
+    result.problem = "payload: not base64: " + base64Problem(base64);
     return result;
   }
-  result.deflateSize = compressed.size();
+  result.deflateSize = compressed->size();
   std::string text;
-  if (auto problem = inflateBounded(compressed, _maxJsonSize, text)) {
+  if (auto problem = inflateBounded(*compressed, _maxJsonSize, text)) {
     result.problem = "payload: " + *problem;
     return result;
   }
-  compressed = {};
+  compressed.reset();
   result.jsonSize = text.size();
   json document;
   try {
