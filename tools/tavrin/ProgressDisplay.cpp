@@ -17,6 +17,8 @@ std::string milliseconds(std::chrono::nanoseconds elapsed) {
 ProgressDisplay::ProgressDisplay(std::FILE* stream)
     : _stream(stream), _live(isatty(fileno(stream)) == 1) {}
 
+ProgressDisplay::~ProgressDisplay() { finish(); }
+
 void ProgressDisplay::show(const std::string& text, bool finished) {
   if (_live) {
     // Back to the start of the line and clear it before writing the new state.

@@ -13,6 +13,10 @@ namespace tavrin::tool {
 class ProgressDisplay : public CollectionObserver {
  public:
   explicit ProgressDisplay(std::FILE* stream = stderr);
+  // Finishes the live line.
+  ~ProgressDisplay() override;
+  ProgressDisplay(const ProgressDisplay&) = delete;
+  ProgressDisplay& operator=(const ProgressDisplay&) = delete;
 
   void sourceStarted(std::string_view name) override;
   void sourceFinished(std::string_view name, std::size_t entries,
@@ -21,6 +25,7 @@ class ProgressDisplay : public CollectionObserver {
   void exchangeFinished(std::string_view name, const ExchangeOutcome& outcome) override;
 
   // Ends the live line with a summary, so that later output starts afresh.
+  // Does nothing when no line is open.
   void finish();
 
  private:
