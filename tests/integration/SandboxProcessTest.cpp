@@ -225,5 +225,23 @@ TEST(SandboxProcess, RefusesAnUnreadableFaultRule) {
   EXPECT_NE(run.errors.find("\"upload:explode\""), std::string::npos) << run.errors;
 }
 
+TEST(DemoCommand, CollectsTheBuiltInPhoneIntoASandboxAndShowsTheVerdict) {
+  // From another directory: the demonstration needs no file of the checkout.
+  const auto demo =
+      runTool({"demo", "--record", "demo-7"}, {}, std::filesystem::temp_directory_path());
+
+  EXPECT_EQ(demo.exitCode, 0) << demo.output << demo.errors;
+  EXPECT_NE(demo.output.find("The server answered: accepted record \"demo-7\" as upload 1"),
+            std::string::npos)
+      << demo.output;
+  EXPECT_NE(demo.output.find("JSON "), std::string::npos);
+  EXPECT_NE(demo.output.find(" bytes -> DEFLATE "), std::string::npos);
+  EXPECT_NE(demo.output.find("Permissions                  4"), std::string::npos);
+  EXPECT_TRUE(demo.output.ends_with("verdict: valid\n")) << demo.output;
+  // Standard error is not a terminal here, so the progress comes as plain lines.
+  EXPECT_NE(demo.errors.find("\nsource 1: "), std::string::npos) << demo.errors;
+  EXPECT_NE(demo.errors.find("exchange upload: HTTP 200 in "), std::string::npos);
+}
+
 }  // namespace
 }  // namespace tavrin::testing

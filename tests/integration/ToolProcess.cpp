@@ -28,7 +28,8 @@ std::filesystem::path temporaryFile(const char* stem) {
 
 }  // namespace
 
-ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::string& input)
+ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::string& input,
+                         const std::filesystem::path& directory)
     : _errorFile(temporaryFile("tavrin-tool-stderr")) {
   const auto inputFile = temporaryFile("tavrin-tool-stdin");
   std::ofstream(inputFile, std::ios::binary) << input;
@@ -40,6 +41,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::s
   posix_spawn_file_actions_addopen(&actions, 0, inputFile.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], 1);
   posix_spawn_file_actions_addopen(&actions, 2, _errorFile.c_str(), O_WRONLY | O_TRUNC, 0);
+  if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
 
   std::vector<std::string> command{TAVRIN_TOOL_PATH};
   command.insert(command.end(), arguments.begin(), arguments.end());
@@ -109,8 +111,9 @@ std::string ToolProcess::errors() const {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input) {
-  ToolProcess process(arguments, input);
+ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input,
+                const std::filesystem::path& directory) {
+  ToolProcess process(arguments, input, directory);
   const int exitCode = process.wait();
   return {exitCode, process.output(), process.errors()};
 }

@@ -13,8 +13,9 @@ namespace tavrin::testing {
 // standard output read through a pipe, standard error kept in a file.
 class ToolProcess {
  public:
-  // Starts the tool with these arguments.
-  explicit ToolProcess(const std::vector<std::string>& arguments, const std::string& input = {});
+  // Starts the tool with these arguments, in `directory` when one is given.
+  explicit ToolProcess(const std::vector<std::string>& arguments, const std::string& input = {},
+                       const std::filesystem::path& directory = {});
   // Kills the process if it still runs.
   ~ToolProcess();
   ToolProcess(const ToolProcess&) = delete;
@@ -48,6 +49,7 @@ struct ToolRun {
 };
 
 // Runs the tool to its end.
-ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input = {});
+ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input = {},
+                const std::filesystem::path& directory = {});
 
 }  // namespace tavrin::testing

@@ -58,7 +58,7 @@ int collect(const CollectArguments& arguments) {
     onDataset = [&path = arguments.datasetOut](std::string_view json) { writeDataset(path, json); };
   }
 
-  try {
+  return runReportingFailure([&] {
     // Progress goes to standard error; the display ends its last line when it
     // goes, before the answer or the error is printed.
     const auto progress = arguments.quiet ? nullptr : std::make_shared<ProgressDisplay>();
@@ -67,21 +67,7 @@ int collect(const CollectArguments& arguments) {
     if (progress) progress->finish();
     std::cout << answer << '\n';
     return ExitCode::success;
-  } catch (const TavrinError& error) {
-    std::cerr << "error: " << errorTypeName(error.getErrorType());
-    if (error.getErrorMessage()) std::cerr << ": " << *error.getErrorMessage();
-    std::cerr << '\n';
-    return ExitCode::tavrinErrorBase + rawValue(error.getErrorType());
-  } catch (const JsonWriteError& error) {
-    std::cerr << "error: JsonWriteError: " << error.what() << '\n';
-    return ExitCode::jsonWrite;
-  } catch (const platform::DeviceProfileError& error) {
-    std::cerr << "error: " << error.what() << '\n';
-    return ExitCode::badProfile;
-  } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
-    return ExitCode::otherFailure;
-  }
+  });
 }
 
 }  // namespace

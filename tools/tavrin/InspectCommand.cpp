@@ -1,5 +1,6 @@
 #include "Commands.hpp"
 
+#include "DatasetReport.hpp"
 #include "DatasetValidator.hpp"
 #include "SandboxStore.hpp"
 
@@ -23,19 +24,6 @@ struct InspectArguments {
   bool json = false;
   std::size_t maxDatasetSize = sandbox::DatasetValidator::defaultMaxJsonSize;
 };
-
-void printReport(const sandbox::DecodedPayload& decoded) {
-  std::printf("payload: %zu bytes of base64, %zu bytes of DEFLATE, %zu bytes of JSON\n",
-              decoded.base64Size, decoded.deflateSize, decoded.jsonSize);
-  if (!decoded.sections.empty()) {
-    std::printf("%-20s %9s  %s\n", "section", "entries", "note");
-    for (const auto& section : decoded.sections) {
-      std::printf("%-20s %9zu  %s\n", section.name.c_str(), section.entries, section.note.c_str());
-    }
-  }
-  std::printf("verdict: %s\n",
-              decoded.valid() ? "valid" : ("invalid: " + *decoded.problem).c_str());
-}
 
 // Prints the dataset as indented JSON; false when there is none to print.
 bool printJson(const sandbox::DecodedPayload& decoded) {
@@ -115,7 +103,7 @@ int runInspect(const InspectArguments& arguments) {
   if (arguments.json) {
     if (!printJson(decoded)) return 1;
   } else {
-    printReport(decoded);
+    printDatasetReport(decoded);
   }
   return decoded.valid() ? 0 : 1;
 }
