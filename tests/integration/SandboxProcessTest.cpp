@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <sstream>
 
 namespace tavrin::testing {
 namespace {
@@ -149,6 +150,55 @@ TEST_F(StoredSandbox, KeepsAnAcceptedUploadForInspectAndRefusesItsRecordAgain) {
   EXPECT_NE(listing.output.find("order-7"), std::string::npos);
   EXPECT_EQ(runTool({"inspect", "--db", _database, "--record", "order-8"}).exitCode, 2);
   EXPECT_EQ(sandbox.process().stop(), 0);
+}
+
+// `tavrin collect` (the library's real client) against `tavrin sandbox`.
+std::vector<std::string> collectFrom(const SandboxEndpoint& endpoint, const std::string& record) {
+  return {"collect",   "--quiet",
+          "--url",     endpoint.url,
+          "--key",     "sandbox-key",
+          "--record",  record,
+          "--resolve", endpoint.resolve,
+          "--ca-file", endpoint.caFile,
+          "--profile", TAVRIN_SOURCE_DIR "/examples/profiles/iphone-realistic.json",
+          "--timeout", "20"};
+}
+
+std::size_t countLines(const std::string& text, const std::string& start) {
+  std::size_t count = 0;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) count += line.starts_with(start);
+  return count;
+}
+
+TEST_F(StoredSandbox, KeepsWhatTheToolCollectedAndRefusesTheRecordNumberAgain) {
+  SandboxProcess sandbox({"--db", _database});
+  const auto first = runTool(collectFrom(sandbox.endpoint(), "tool-1"));
+  EXPECT_EQ(first.exitCode, 0) << first.errors;
+  EXPECT_EQ(first.output, "accepted record \"tool-1\" as upload 1\n");
+
+  const auto second = runTool(collectFrom(sandbox.endpoint(), "tool-1"));
+  EXPECT_EQ(second.exitCode, 13);
+  EXPECT_EQ(second.errors,
+            "error: serverRejected: record_number_not_unique. Record number is not unique\n");
+
+  const auto table = runTool({"inspect", "--db", _database, "--record", "tool-1"});
+  EXPECT_EQ(table.exitCode, 0) << table.errors;
+  EXPECT_NE(table.output.find("Contacts                     5"), std::string::npos) << table.output;
+  EXPECT_NE(table.output.find("verdict: valid"), std::string::npos);
+  EXPECT_EQ(sandbox.process().stop(), 0);
+  EXPECT_EQ(countLines(sandbox.process().errors(), "sandbox: upload 200 "), 1u);
+}
+
+TEST(SandboxProcess, ExpiredTokensGiveTheToolOneNewLoginAndThenThe401) {
+  SandboxProcess sandbox({"--token-ttl", "0"});
+  const auto run = runTool(collectFrom(sandbox.endpoint(), "ttl-1"));
+  EXPECT_EQ(run.exitCode, 12);
+  EXPECT_EQ(run.errors, "error: accessDenied: 401\n");
+  EXPECT_EQ(sandbox.process().stop(), 0);
+  const std::string log = sandbox.process().errors();
+  EXPECT_EQ(countLines(log, "sandbox: login 200 "), 2u) << log;
+  EXPECT_EQ(countLines(log, "sandbox: check 401 "), 2u) << log;
 }
 
 TEST(SandboxInspect, DecodesAPayloadFromStandardInput) {
