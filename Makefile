@@ -16,7 +16,7 @@ build: deps
 	@cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
-	@$(BUILD)/tools/tavrin dataset --profile examples/profiles/iphone-realistic.json
+	@$(BUILD)/tools/tavrin demo
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)

@@ -318,6 +318,40 @@ TEST_F(RestServiceTest, BareUnauthorizedLogsInOnceAndRepeatsWithTheNewToken) {
   EXPECT_EQ(transport->requests[2].body, transport->requests[0].body);
 }
 
+// --- what an observer hears
+
+// Writes down each finished exchange as "name status succeeded|refused".
+class ExchangeLog : public CollectionObserver {
+ public:
+  void exchangeStarted(std::string_view name) override { open.emplace_back(name); }
+  void exchangeFinished(std::string_view name, const ExchangeOutcome& outcome) override {
+    EXPECT_EQ(open.back(), name) << "finished without having started";
+    open.pop_back();
+    EXPECT_GE(outcome.elapsed.count(), 0);
+    finished.push_back(std::string(name) + " " + std::to_string(outcome.status) +
+                       (outcome.succeeded ? " succeeded" : " refused"));
+  }
+  std::vector<std::string> open, finished;
+};
+
+TEST_F(RestServiceTest, ObserverHearsEachExchangeOfAReloginAndHowItEnded) {
+  ExchangeLog log;
+  service->setObserver(&log);
+  logIn();
+  answerAfterRelogin(R"("accepted")");
+  EXPECT_EQ(uploadWithRelogin(), "accepted");
+  answer(200, "42");
+  EXPECT_THROW(service->checkUniqueness("r-1"), TavrinError);
+  failInTransport();
+  EXPECT_THROW(service->checkUniqueness("r-1"), TavrinError);
+
+  EXPECT_TRUE(log.open.empty());
+  EXPECT_EQ(log.finished,
+            (std::vector<std::string>{"login 200 succeeded", "upload 401 refused",
+                                      "login 200 succeeded", "upload 200 succeeded",
+                                      "check 200 refused", "check 0 refused"}));
+}
+
 TEST_F(RestServiceTest, CheckIsRepeatedAfterReloginToo) {
   logIn();
   answerAfterRelogin("false");

@@ -31,7 +31,16 @@ constexpr int jsonWrite = 20;
 // Linux machine otherwise. Throws platform::DeviceProfileError.
 std::shared_ptr<platform::Platform> choosePlatform(const std::string& profilePath);
 
+// Runs `step` (a collection, or what leads to one) and returns its exit code;
+// when it throws, prints the failure as one line on standard error ("error:
+// KIND" or "error: KIND: MESSAGE" for a TavrinError) and returns the failure's
+// exit code.
+int runReportingFailure(const std::function<int()>& step);
+
 Command addCollectCommand(CLI::App& app);
 Command addDatasetCommand(CLI::App& app);
+Command addSandboxCommand(CLI::App& app);
+Command addInspectCommand(CLI::App& app);
+Command addDemoCommand(CLI::App& app);
 
 }  // namespace tavrin::tool
