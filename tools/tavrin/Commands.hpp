@@ -22,6 +22,7 @@ namespace ExitCode {
 constexpr int success = 0;
 constexpr int usage = 2;
 constexpr int badProfile = 3;        // the device profile cannot be loaded
+constexpr int output = 4;            // the output cannot be written
 constexpr int tavrinErrorBase = 10;  // plus the error kind's raw value
 constexpr int jsonWrite = 20;
 }  // namespace ExitCode
@@ -31,5 +32,6 @@ constexpr int jsonWrite = 20;
 std::shared_ptr<platform::Platform> choosePlatform(const std::string& profilePath);
 
 Command addDatasetCommand(CLI::App& app);
+Command addProfileCommand(CLI::App& app);
 
 }  // namespace tavrin::tool

@@ -8,6 +8,7 @@ int main(int argc, char** argv) {
 
   const std::vector<tavrin::tool::Command> commands{
       tavrin::tool::addDatasetCommand(app),
+      tavrin::tool::addProfileCommand(app),
   };
 
   try {
