@@ -25,7 +25,9 @@ Command addProfileCommand(CLI::App& app) {
   generate->add_option("--preset", options->preset, "Sizes to start from")
       ->check(CLI::IsMember({"small", "typical", "large"}))
       ->capture_default_str();
-  generate->add_option("--seed", options->sizes.seed, "Seed of the phone")->capture_default_str();
+  generate->add_option("--seed", options->sizes.seed, "Seed of the phone")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
   // A size given on the command line replaces the preset's.
   struct Size {
     const char* name;
@@ -42,11 +44,16 @@ Command addProfileCommand(CLI::App& app) {
       {"--albums", &GeneratorOptions::albums, "Albums, smart albums and moments"},
       {"--devices", &GeneratorOptions::devices, "Capture devices"},
   };
+  // Ten million of anything is far beyond a phone and still fits in memory;
+  // the range also keeps a negative number from wrapping round to a huge size.
+  constexpr std::int64_t mostOfAnything = 10'000'000;
   auto given = std::make_shared<std::map<std::string, std::size_t>>();
   for (const auto& size : sizes) {
-    generate->add_option_function<std::size_t>(
-        size.name, [given, name = size.name](std::size_t value) { (*given)[name] = value; },
-        size.help);
+    generate
+        ->add_option_function<std::size_t>(
+            size.name, [given, name = size.name](std::size_t value) { (*given)[name] = value; },
+            size.help)
+        ->check(CLI::Range(std::int64_t{0}, mostOfAnything));
   }
   generate->add_flag("--markers", options->sizes.markers,
                      "Make every personal text a unique marker (PII-kind-N)");
