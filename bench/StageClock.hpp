@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace tavrin::bench {
+
+// The time one stage took: on the wall, and on the processor for the thread
+// that ran it (work done on other threads, such as an in-process server's, is
+// not counted).
+struct StageTime {
+  std::string name;
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
+};
+
+// Times stages one after another on the calling thread.
+class StageClock {
+ public:
+  StageClock() { restart(); }
+  // Ends the current stage under `name` and starts the next.
+  StageTime lap(std::string name);
+  void restart();
+
+ private:
+  static double threadCpuSeconds();
+  std::chrono::steady_clock::time_point _wall;
+  double _cpu = 0;
+};
+
+}  // namespace tavrin::bench
