@@ -64,7 +64,8 @@ std::string PerformanceReport::machine() {
   out << "- Measured " << date << " on " << cpu << ", " << std::thread::hardware_concurrency()
       << " logical processors (shared with other work), " << memory << " GiB of memory, "
       << system.sysname << ' ' << system.release << ".\n"
-      << "- Built as Release by " <<
+      << "- Built as Release by "
+      <<
 #ifdef __clang__
       "clang "
 #else

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 
 namespace tavrin::bench {
@@ -12,6 +13,10 @@ struct StageTime {
   std::string name;
   double wallSeconds = 0;
   double cpuSeconds = 0;
+  // Filled by callers that measure memory: the highest resident bytes and the
+  // highest heap bytes in use, both above what was there before the run.
+  std::size_t peakResident = 0;
+  std::size_t peakHeap = 0;
 };
 
 // Times stages one after another on the calling thread.
