@@ -30,10 +30,12 @@ test-sanitize: deps
 	@cd $(SANITIZE_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --output-on-failure -j $(JOBS)
 
-# The tests in which a platform completion arrives on another thread, built with
-# clang under ThreadSanitizer. TSAN_TESTS is a ctest regular expression over test
+# The tests in which another thread is part of the story, built with clang under
+# ThreadSanitizer: platform completions (prompts, reminders), and servers in the
+# process answering the transport, the collection run and the sandbox under load
+# on threads of their own. TSAN_TESTS is a ctest regular expression over test
 # names; extend it when a test of another waiting path is added.
-TSAN_TESTS ?= Reminder|Prompt
+TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|StatusOverTheWire|UntrustedServer|CollectionRun|ConstructionLogin|Privacy|SandboxServer|SandboxCollection|FaultDuringRun|FaultAtConstruction|SandboxLoad
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
@@ -42,10 +44,13 @@ test-tsan: deps
 	@cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
 	  ctest --output-on-failure --no-tests=error -j $(JOBS) -R '$(TSAN_TESTS)'
 
+# Every benchmark, the whole run on three phone sizes and the sandbox under
+# load among them; the figures of the last two are written into
+# docs/performance.md.
 bench: deps
 	@cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAVRIN_BUILD_BENCH=ON >/dev/null
 	@cmake --build build-bench -j $(JOBS) --target tavrin_bench
-	@build-bench/bench/tavrin_bench
+	@TAVRIN_PERFORMANCE_REPORT=$(CURDIR)/docs/performance.md build-bench/bench/tavrin_bench
 
 # Every fuzz target, built with clang and libFuzzer, run for FUZZ_SECONDS each.
 FUZZ_SECONDS ?= 60

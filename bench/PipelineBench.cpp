@@ -1,25 +1,32 @@
-// The whole run on generated phones of three sizes: each stage's time, the
-// peak resident memory above the process's baseline, and the sizes of the
-// JSON, DEFLATE and base64 forms; beside them, in the same run, zlib's one-shot
-// compress2 at our level, libdeflate at level 6 and memcpy on the same JSON.
-// The figures go to docs/performance.md (see PerformanceReport).
+// The whole run on generated phones of three sizes: collectData against a
+// sandbox in this process over real TLS on loopback, with each stage's time,
+// the peak resident memory above the client's baseline, and the sizes of the
+// JSON, DEFLATE and base64 forms; beside it, on the same JSON, zlib's one-shot
+// compress2 at our level, libdeflate at level 6 and memcpy. The figures go to
+// docs/performance.md (see PerformanceReport).
+//
+// The collection runs in a child forked from this process, so that its memory
+// is measured alone: the sandbox that receives, inflates, checks and stores
+// the upload stays here, in the parent, serving on its own threads.
 #include "AllocationCounter.hpp"
 #include "PerformanceReport.hpp"
 #include "ResidentMemory.hpp"
 #include "StageClock.hpp"
 
+#include "generator/OfflineCollection.hpp"
 #include "generator/ProfileGenerator.hpp"
 
+#include "SandboxServer.hpp"
 #include "codec/ZlibStream.hpp"
-#include "dataset/DataExtractorManager.hpp"
-#include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
+#include "service/TavrinServiceCore.hpp"
 
 #include <tavrin/codec.hpp>
 
 #include <benchmark/benchmark.h>
 #include <libdeflate.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <zlib.h>
 
 #include <chrono>
@@ -27,6 +34,7 @@
 #include <iomanip>
 #include <map>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -45,80 +53,184 @@ const char* presetName(tool::Preset preset) {
                                            : "large";
 }
 
-// What one run measured.
+tool::GeneratorOptions phoneOptions(tool::Preset preset) {
+  auto options = tool::presetOptions(preset);
+  options.seed = 11;
+  return options;
+}
+
+// What one collection run measured, and what the sandbox made of its upload.
 struct RunFigures {
-  std::vector<StageTime> stages;   // the run's own stages, in order
-  std::vector<StageTime> sources;  // each source, from a second pass
-  std::size_t jsonBytes = 0, deflateBytes = 0, base64Bytes = 0;
+  std::vector<StageTime> stages;  // in run order; each source is a stage of its own
   std::size_t baselineResident = 0, peakAboveBaseline = 0;
-  bool peakIsExact = false;        // false: the kernel would not reset the peak
-  std::vector<std::uint8_t> json;  // kept for the references
+  std::size_t peakLive = 0;  // the most bytes in use at once: heap, and the JSON's own mapping
+  std::size_t jsonBytes = 0, deflateBytes = 0, base64Bytes = 0;
+  std::size_t uploadExtraHeap = 0;  // heap the upload added to what the run held
+  std::string answer;               // the sandbox's answer, or what went wrong
+  bool stored = false;              // the sandbox accepted and stored the upload
+  // The base64 encoding of the same compressed bytes timed on its own, to
+  // split the run's "DEFLATE and base64" stage.
+  double base64Wall = 0, base64Cpu = 0;
 };
 
-std::map<tool::Preset, RunFigures>& figures() {
-  static std::map<tool::Preset, RunFigures> all;
+// Marks the stages of a run as the service reports its progress: each
+// boundary ends a stage with its time and its peak memory and starts the next.
+class StageRecorder final : public CollectionObserver {
+ public:
+  // `trimAfterSources`: an experiment, not what the library does. Hands the
+  // heap freed during extraction back to the system before the JSON is written.
+  explicit StageRecorder(bool trimAfterSources) : _trimAfterSources(trimAfterSources) {}
+
+  void begin() {
+    bench::ResidentMemory::releaseFreeHeap();
+    baselineResident = bench::ResidentMemory::current();
+    _baselineHeap = bench::AllocationCounter::current();
+    bench::ResidentMemory::resetPeak();
+    bench::AllocationCounter::resetPeak();
+    _clock.restart();
+  }
+  void endStage(std::string name) {
+    auto stage = _clock.lap(std::move(name));
+    stage.peakResident = bench::ResidentMemory::peak() - baselineResident;
+    stage.peakHeap = bench::AllocationCounter::peak() - _baselineHeap;
+    stage.heldHeap = bench::AllocationCounter::current() - _baselineHeap;
+    stages.push_back(std::move(stage));
+    bench::ResidentMemory::resetPeak();
+    bench::AllocationCounter::resetPeak();
+    _clock.restart();
+  }
+
+  void sourceFinished(std::string_view name, std::size_t, std::chrono::nanoseconds) override {
+    endStage(std::string(name));
+    if (_trimAfterSources && name == "Permissions") bench::ResidentMemory::releaseFreeHeap();
+  }
+  void exchangeStarted(std::string_view name) override {
+    if (name == "check") endStage("permissions");
+    if (name == "upload") endStage("DEFLATE and base64");
+  }
+  void exchangeFinished(std::string_view name, const ExchangeOutcome&) override {
+    if (name != "login") endStage(std::string(name));
+  }
+
+  std::vector<StageTime> stages;
+  std::size_t baselineResident = 0;
+
+ private:
+  bench::StageClock _clock;
+  std::size_t _baselineHeap = 0;
+  bool _trimAfterSources;
+};
+
+// The same preset's JSON, made offline in this process for the references.
+struct PresetData {
+  RunFigures run;
+  std::vector<std::uint8_t> json;
+  std::optional<RunFigures> trimmed;  // the experiment of returning freed heap (large only)
+};
+
+// The JSON text lives in a memory mapping of its own, not on the heap, from
+// the moment it is written until it is compressed.
+bool holdsJson(const StageTime& stage) {
+  return stage.name == "JSON" || stage.name == "DEFLATE and base64";
+}
+
+std::size_t liveBytes(const RunFigures& run, const StageTime& stage) {
+  return stage.peakHeap + (holdsJson(stage) ? run.jsonBytes : 0);
+}
+
+std::map<tool::Preset, PresetData>& presetData() {
+  static std::map<tool::Preset, PresetData> all;
   return all;
 }
 
-// A generated phone of the preset's size, made before any measurement.
-std::shared_ptr<platform::ProfilePlatform> phone(tool::Preset preset) {
-  auto options = tool::presetOptions(preset);
-  options.seed = 11;
-  return std::make_shared<platform::ProfilePlatform>(tool::ProfileGenerator(options).generate());
+// The sandbox every run uploads to, started once.
+sandbox::SandboxServer& sandboxServer() {
+  static sandbox::SandboxServer& server = []() -> sandbox::SandboxServer& {
+    sandbox::SandboxOptions options;
+    options.maxBodySize = std::size_t{256} << 20;
+    static sandbox::SandboxServer started(std::move(options));
+    started.start();
+    return started;
+  }();
+  return server;
 }
 
-RunFigures run(tool::Preset preset) {
-  auto device = phone(preset);
-  DataExtractorManager manager(device);
-
-  RunFigures result;
-  bench::ResidentMemory::releaseFreeHeap();
-  result.baselineResident = bench::ResidentMemory::current();
-  result.peakIsExact = bench::ResidentMemory::resetPeak();
-  bench::StageClock clock;
-  // Each stage ends with the peak it reached; the next starts a new one.
-  const std::size_t baselineHeap = bench::AllocationCounter::current();
-  bench::AllocationCounter::resetPeak();
-  const auto endStage = [&](const char* name) {
-    auto stage = clock.lap(name);
-    stage.peakResident = bench::ResidentMemory::peak() - result.baselineResident;
-    stage.peakHeap = bench::AllocationCounter::peak() - baselineHeap;
-    bench::AllocationCounter::resetPeak();
-    result.peakAboveBaseline = std::max(result.peakAboveBaseline, stage.peakResident);
-    result.stages.push_back(std::move(stage));
-    bench::ResidentMemory::resetPeak();
-    clock.restart();
-  };
-  {
-    PermissionHeplper::requestPermissions(*device);
-    endStage("permissions");
-    std::optional<DatasetDocument> document = manager.extractData();
-    endStage("sources");
-    const MappedBuffer json = writeJson(*document);
-    document.reset();  // the run drops the tree once it is text
-    result.jsonBytes = json.size();
-    endStage("JSON");
-    auto deflated = compress(json.bytes(), CompressionAlgorithm::zlib);
-    result.deflateBytes = deflated->size();
-    endStage("DEFLATE");
-    const std::string text = base64Encode(*deflated);
-    deflated.reset();
-    result.base64Bytes = text.size();
-    endStage("base64");
+// Runs one collection of the phone in a child process and reads its figures
+// back through a pipe, one "stage" line per stage and "key value" lines.
+RunFigures collectInChild(const platform::DeviceProfile& profile, const std::string& record,
+                          bool trimAfterSources = false) {
+  auto& server = sandboxServer();
+  int channel[2];
+  if (pipe(channel) != 0) throw std::runtime_error("no pipe");
+  const pid_t child = fork();
+  if (child == 0) {
+    close(channel[0]);
+    std::ostringstream out;
+    out.precision(17);
+    try {
+      auto recorder = std::make_shared<StageRecorder>(trimAfterSources);
+      ServiceOptions options;
+      options.platform = std::make_shared<platform::ProfilePlatform>(profile);
+      options.caFile = server.tlsFiles().authority.string();
+      options.resolve = {server.resolve()};
+      options.observer = recorder;
+      TavrinServiceCore core(server.url(), "sandbox-key", options);
+      recorder->begin();
+      const std::string answer =
+          core.collectData(record, [&](std::string_view) { recorder->endStage("JSON"); });
+      recorder->endStage("end");
+      recorder->stages.pop_back();  // returning the answer: nothing to measure
+      out << "answer\t" << answer << "\nbaseline\t" << recorder->baselineResident << '\n';
+      for (const auto& s : recorder->stages) {
+        out << "stage\t" << s.name << '\t' << s.wallSeconds << '\t' << s.cpuSeconds << '\t'
+            << s.peakResident << '\t' << s.peakHeap << '\t' << s.heldHeap << '\n';
+      }
+    } catch (const std::exception& error) {
+      out << "answer\tfailed: " << error.what() << '\n';
+    }
+    const std::string text = out.str();
+    [[maybe_unused]] const auto written = write(channel[1], text.data(), text.size());
+    _exit(0);  // no static destructors: they belong to the parent
   }
-
-  // The sources once more, one at a time, for their share of the extraction;
-  // and the JSON of this second pass for the references (the same size, only
-  // the header's times differ).
-  DatasetDocument document;
-  for (const auto& source : manager.extractors()) {
-    clock.restart();
-    document.push_back(source->extract());
-    result.sources.push_back(clock.lap(source->dataSourceNameKey()));
+  close(channel[1]);
+  std::string text;
+  char buffer[4096];
+  for (ssize_t n; (n = read(channel[0], buffer, sizeof buffer)) > 0;) {
+    text.append(buffer, static_cast<std::size_t>(n));
   }
-  const MappedBuffer json = writeJson(document);
-  result.json.assign(json.bytes().begin(), json.bytes().end());
-  return result;
+  close(channel[0]);
+  waitpid(child, nullptr, 0);
+
+  RunFigures run;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream fields(line);
+    std::string key;
+    std::getline(fields, key, '\t');
+    if (key == "answer") {
+      std::getline(fields, run.answer);
+    } else if (key == "baseline") {
+      fields >> run.baselineResident;
+    } else if (key == "stage") {
+      StageTime stage;
+      std::getline(fields, stage.name, '\t');
+      fields >> stage.wallSeconds >> stage.cpuSeconds >> stage.peakResident >> stage.peakHeap >>
+          stage.heldHeap;
+      run.peakAboveBaseline = std::max(run.peakAboveBaseline, stage.peakResident);
+      if (stage.name == "upload" && !run.stages.empty()) {
+        run.uploadExtraHeap = stage.peakHeap - run.stages.back().heldHeap;
+      }
+      run.stages.push_back(std::move(stage));
+    }
+  }
+  if (const auto upload = server.store().find(record)) {
+    run.stored = upload->accepted;
+    run.jsonBytes = upload->decoded.jsonSize;
+    run.deflateBytes = upload->decoded.deflateSize;
+    run.base64Bytes = upload->decoded.base64Size;
+  }
+  for (const auto& stage : run.stages) run.peakLive = std::max(run.peakLive, liveBytes(run, stage));
+  return run;
 }
 
 // The references, on the JSON of the same preset.
@@ -143,12 +255,13 @@ std::string sizes(tool::Preset preset) {
   return out.str();
 }
 
-// The CPU the run's own stages took on the calling thread, and DEFLATE's part.
+// The run's CPU on the calling thread, and DEFLATE's part of it: the
+// "DEFLATE and base64" stage less base64 timed on its own.
 std::pair<double, double> runCpu(const RunFigures& run) {
   double cpu = 0, deflateCpu = 0;
   for (const auto& stage : run.stages) {
     cpu += stage.cpuSeconds;
-    if (stage.name == "DEFLATE") deflateCpu += stage.cpuSeconds;
+    if (stage.name == "DEFLATE and base64") deflateCpu = stage.cpuSeconds - run.base64Cpu;
   }
   return {cpu, deflateCpu};
 }
@@ -158,10 +271,13 @@ void publish() {
   std::ostringstream out;
   out << std::fixed << std::setprecision(1);
   out << PerformanceReport::machine() << "\n";
-  for (const auto& [preset, run] : figures()) {
+  for (const auto& [preset, data] : presetData()) {
+    const auto& run = data.run;
     const auto [cpu, deflateCpu] = runCpu(run);
-    out << "### " << presetName(preset) << ": " << sizes(preset) << "\n\n"
-        << "| stage | wall ms | thread CPU ms | share of run CPU | peak resident MB | peak heap MB "
+    out << "### " << presetName(preset) << ": " << sizes(preset) << "\n\n";
+    if (!run.stored)
+      out << "**The sandbox did not store this run's upload: " << run.answer << "**\n\n";
+    out << "| stage | wall ms | thread CPU ms | share of run CPU | peak resident MB | peak live MB "
            "|\n"
         << "|---|---:|---:|---:|---:|---:|\n";
     double wall = 0;
@@ -169,25 +285,30 @@ void publish() {
       wall += stage.wallSeconds;
       out << "| " << stage.name << " | " << stage.wallSeconds * 1e3 << " | "
           << stage.cpuSeconds * 1e3 << " | " << 100 * stage.cpuSeconds / cpu << " % | "
-          << megabytes(stage.peakResident) << " | " << megabytes(stage.peakHeap) << " |\n";
+          << megabytes(stage.peakResident) << " | " << megabytes(liveBytes(run, stage)) << " |\n";
     }
     out << "| **whole run** | " << wall * 1e3 << " | " << cpu * 1e3 << " | 100 % | "
-        << megabytes(run.peakAboveBaseline) << " | |\n\n";
-    out << "Sources one at a time (a second pass; wall ms / CPU ms): ";
-    for (std::size_t i = 0; i < run.sources.size(); ++i) {
-      out << (i ? ", " : "") << run.sources[i].name << " " << run.sources[i].wallSeconds * 1e3
-          << " / " << run.sources[i].cpuSeconds * 1e3;
-    }
-    out << ".\n\n"
-        << std::setprecision(2) << "Sizes: JSON " << megabytes(run.jsonBytes) << " MB, DEFLATE "
-        << megabytes(run.deflateBytes) << " MB (ratio "
-        << static_cast<double>(run.jsonBytes) / static_cast<double>(run.deflateBytes)
-        << "), base64 " << megabytes(run.base64Bytes) << " MB. Peak resident memory above the "
-        << "baseline of " << megabytes(run.baselineResident)
-        << " MB: " << megabytes(run.peakAboveBaseline) << " MB, "
-        << static_cast<double>(run.peakAboveBaseline) / static_cast<double>(run.jsonBytes)
-        << " times the JSON" << (run.peakIsExact ? "" : " (peak not resettable here: upper bound)")
-        << ".\n\n"
+        << megabytes(run.peakAboveBaseline) << " | " << megabytes(run.peakLive) << " |\n\n"
+        << "Base64 alone, on the same compressed bytes: " << std::setprecision(2)
+        << run.base64Wall * 1e3 << " ms wall, " << run.base64Cpu * 1e3
+        << " ms CPU; the rest of \"DEFLATE and base64\" is DEFLATE. Sizes: JSON "
+        << megabytes(run.jsonBytes) << " MB, DEFLATE " << megabytes(run.deflateBytes)
+        << " MB (ratio "
+        << static_cast<double>(run.jsonBytes) /
+               static_cast<double>(std::max<std::size_t>(run.deflateBytes, 1))
+        << "), base64 " << megabytes(run.base64Bytes)
+        << " MB. Peak resident memory above the client's baseline of "
+        << megabytes(run.baselineResident) << " MB: " << megabytes(run.peakAboveBaseline) << " MB, "
+        << static_cast<double>(run.peakAboveBaseline) /
+               static_cast<double>(std::max<std::size_t>(run.jsonBytes, 1))
+        << " times the JSON; peak live memory " << megabytes(run.peakLive) << " MB, "
+        << static_cast<double>(run.peakLive) /
+               static_cast<double>(std::max<std::size_t>(run.jsonBytes, 1))
+        << " times. The upload added " << megabytes(run.uploadExtraHeap)
+        << " MB of heap to what the run held, "
+        << static_cast<double>(run.uploadExtraHeap) /
+               static_cast<double>(std::max<std::size_t>(run.base64Bytes, 1))
+        << " times the base64 text. The sandbox answered: " << run.answer << ".\n\n"
         << std::setprecision(1);
     if (const auto it = references().find(preset); it != references().end()) {
       const auto& r = it->second;
@@ -196,7 +317,7 @@ void publish() {
         if (bytes) out << std::setprecision(2) << megabytes(bytes) << std::setprecision(1);
         out << " | " << 100 * seconds / r.ourDeflate << " % |\n";
       };
-      out << "| on the same " << std::setprecision(2) << megabytes(run.jsonBytes)
+      out << "| on the same " << std::setprecision(2) << megabytes(data.json.size())
           << std::setprecision(1)
           << " MB of JSON | fastest wall ms | output MB | of our DEFLATE |\n"
           << "|---|---:|---:|---:|\n";
@@ -210,33 +331,32 @@ void publish() {
       const double ratio =
           static_cast<double>(run.peakAboveBaseline) / static_cast<double>(run.jsonBytes);
       const double share = 100 * (cpu - deflateCpu) / cpu;
+      const double copies =
+          static_cast<double>(run.uploadExtraHeap) / static_cast<double>(run.base64Bytes);
+      const double liveRatio =
+          static_cast<double>(run.peakLive) / static_cast<double>(run.jsonBytes);
+      if (data.trimmed) {
+        const auto& t = *data.trimmed;
+        out << "Experiment, not what the library does: the same run with the heap freed during "
+               "extraction handed back to the system (malloc_trim) before the JSON is written. "
+            << std::setprecision(2) << "Peak resident memory " << megabytes(t.peakAboveBaseline)
+            << " MB, "
+            << static_cast<double>(t.peakAboveBaseline) / static_cast<double>(t.jsonBytes)
+            << " times the JSON.\n\n";
+      }
       out << "Targets on this preset:\n\n| target | measured | held |\n|---|---:|---|\n"
-          << std::setprecision(2) << "| peak memory at most 2.5 times the JSON | " << ratio
-          << " times | " << (ratio <= 2.5 ? "yes" : "**no**") << " |\n"
+          << std::setprecision(2) << "| peak memory at most 2.5 times the JSON: resident | "
+          << ratio << " times | " << (ratio <= 2.5 ? "yes" : "**no**") << " |\n"
+          << "| peak memory at most 2.5 times the JSON: live (heap and JSON mapping) | "
+          << liveRatio << " times | " << (liveRatio <= 2.5 ? "yes" : "**no**") << " |\n"
           << std::setprecision(1) << "| everything but DEFLATE at most 25 % of the CPU | " << share
-          << " % | " << (share <= 25 ? "yes" : "**no**") << " |\n\n";
+          << " % | " << (share <= 25 ? "yes" : "**no**") << " |\n"
+          << std::setprecision(2) << "| the upload body copies the base64 text at most once | "
+          << copies << " copies | " << (copies < 1.5 ? "yes" : "**no**") << " |\n\n";
     }
   }
   PerformanceReport::get().set("pipeline", out.str());
 }
-
-void BM_WholeRun(benchmark::State& state) {
-  const auto preset = presets[state.range(0)];
-  RunFigures result;
-  for (auto _ : state) result = run(preset);
-  const auto [cpu, deflateCpu] = runCpu(result);
-  state.counters["json_MB"] = megabytes(result.jsonBytes);
-  state.counters["deflate_MB"] = megabytes(result.deflateBytes);
-  state.counters["base64_MB"] = megabytes(result.base64Bytes);
-  state.counters["peak_MB"] = megabytes(result.peakAboveBaseline);
-  state.counters["peak/json"] =
-      static_cast<double>(result.peakAboveBaseline) / static_cast<double>(result.jsonBytes);
-  state.counters["notDeflateCpu%"] = 100 * (cpu - deflateCpu) / cpu;
-  state.SetLabel(presetName(preset));
-  figures()[preset] = std::move(result);
-  publish();
-}
-BENCHMARK(BM_WholeRun)->DenseRange(0, 2)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 // The fastest of the timed iterations of `work`, which returns its output size.
 template <typename Work>
@@ -252,21 +372,76 @@ std::pair<double, std::size_t> fastest(benchmark::State& state, Work work) {
   return {best, bytes};
 }
 
+void BM_WholeRun(benchmark::State& state) {
+  const auto preset = presets[state.range(0)];
+  const auto profile = tool::ProfileGenerator(phoneOptions(preset)).generate();
+  PresetData data;
+  int runs = 0;
+  for (auto _ : state) {
+    data.run = collectInChild(profile, std::string("bench-") + presetName(preset) + "-" +
+                                           std::to_string(getpid()) + "-" + std::to_string(++runs));
+  }
+  if (!data.run.stored) state.SkipWithError(("upload not stored: " + data.run.answer).c_str());
+
+  // The JSON once more, made here, for base64 alone and the references.
+  const auto offline = tool::collectOffline(profile);
+  data.json.assign(offline.json.begin(), offline.json.end());
+  const auto compressed = compress(data.json, CompressionAlgorithm::zlib);
+  bench::StageClock clock;
+  benchmark::DoNotOptimize(base64Encode(*compressed));
+  const auto base64 = clock.lap("base64");
+  data.run.base64Wall = base64.wallSeconds;
+  data.run.base64Cpu = base64.cpuSeconds;
+
+  const auto [cpu, deflateCpu] = runCpu(data.run);
+  state.counters["json_MB"] = megabytes(data.run.jsonBytes);
+  state.counters["base64_MB"] = megabytes(data.run.base64Bytes);
+  state.counters["peak/json"] = static_cast<double>(data.run.peakAboveBaseline) /
+                                static_cast<double>(std::max<std::size_t>(data.run.jsonBytes, 1));
+  state.counters["notDeflateCpu%"] = 100 * (cpu - deflateCpu) / cpu;
+  state.SetLabel(presetName(preset));
+  presetData()[preset] = std::move(data);
+  publish();
+}
+BENCHMARK(BM_WholeRun)->DenseRange(0, 2)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// The large run again with the heap freed during extraction handed back to the
+// system before the JSON is written: how much of the resident peak is memory
+// the allocator keeps rather than memory the run holds.
+void BM_WholeRunReturningFreedHeap(benchmark::State& state) {
+  const auto preset = presets[state.range(0)];
+  const auto profile = tool::ProfileGenerator(phoneOptions(preset)).generate();
+  RunFigures run;
+  for (auto _ : state) {
+    run = collectInChild(profile, "bench-trimmed-" + std::to_string(getpid()), true);
+  }
+  state.counters["peak/json"] = static_cast<double>(run.peakAboveBaseline) /
+                                static_cast<double>(std::max<std::size_t>(run.jsonBytes, 1));
+  presetData()[preset].trimmed = std::move(run);
+  publish();
+}
+BENCHMARK(BM_WholeRunReturningFreedHeap)->Arg(2)->Iterations(1)->Unit(benchmark::kMillisecond);
+
 const std::vector<std::uint8_t>& presetJson(benchmark::State& state) {
   const auto preset = presets[state.range(0)];
-  if (!figures().count(preset)) figures()[preset] = run(preset);
+  auto& data = presetData()[preset];
+  if (data.json.empty()) {
+    const auto offline =
+        tool::collectOffline(tool::ProfileGenerator(phoneOptions(preset)).generate());
+    data.json.assign(offline.json.begin(), offline.json.end());
+  }
   state.SetLabel(presetName(preset));
-  state.SetBytesProcessed(0);
-  return figures()[preset].json;
+  return data.json;
 }
 
 void reportReference(benchmark::State& state, std::pair<double, std::size_t> result,
                      double ReferenceFigures::*seconds, std::size_t ReferenceFigures::*bytes) {
-  const auto& json = figures()[presets[state.range(0)]].json;
-  auto& r = references()[presets[state.range(0)]];
+  const auto preset = presets[state.range(0)];
+  auto& r = references()[preset];
   r.*seconds = result.first;
   if (bytes != nullptr) r.*bytes = result.second;
-  state.SetBytesProcessed(static_cast<std::int64_t>(json.size() * state.iterations()));
+  state.SetBytesProcessed(
+      static_cast<std::int64_t>(presetData()[preset].json.size() * state.iterations()));
   publish();
 }
 

@@ -14,9 +14,11 @@ struct StageTime {
   double wallSeconds = 0;
   double cpuSeconds = 0;
   // Filled by callers that measure memory: the highest resident bytes and the
-  // highest heap bytes in use, both above what was there before the run.
+  // highest heap bytes in use, both above what was there before, and the heap
+  // bytes still held when the stage ended.
   std::size_t peakResident = 0;
   std::size_t peakHeap = 0;
+  std::size_t heldHeap = 0;
 };
 
 // Times stages one after another on the calling thread.

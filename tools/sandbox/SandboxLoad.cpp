@@ -1,0 +1,180 @@
+#include "SandboxLoad.hpp"
+
+#include "net/CurlTransport.hpp"
+#include "net/RestService.hpp"
+
+#include <tavrin/error.hpp>
+
+#include <atomic>
+#include <condition_variable>
+#include <fstream>
+#include <mutex>
+#include <thread>
+
+namespace tavrin::sandbox {
+
+std::size_t residentBytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string key; status >> key;) {
+    if (key == "VmRSS:") {
+      std::size_t kilobytes = 0;
+      status >> kilobytes;
+      return kilobytes * 1024;
+    }
+    status.ignore(1 << 16, '\n');
+  }
+  return 0;
+}
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string describe(const TavrinError& error) {
+  return std::string(errorTypeName(error.getErrorType())) + ": " +
+         error.getErrorMessage().value_or("(no message)");
+}
+
+// One client's loop: log in, then check and upload until the deadline.
+std::vector<LoadOutcome> runClient(std::size_t client, const SandboxServer& server,
+                                   const std::string& authKey,
+                                   const std::vector<std::string>& payloads,
+                                   const LoadOptions& options, Clock::time_point deadline) {
+  ServiceOptions transportOptions;
+  transportOptions.caFile = server.tlsFiles().authority.string();
+  transportOptions.resolve = {server.resolve()};
+  std::vector<LoadOutcome> outcomes;
+  RestService rest(server.url(), std::make_unique<CurlTransport>(transportOptions));
+  try {
+    rest.login(authKey);
+  } catch (const TavrinError& error) {
+    outcomes.push_back({LoadOutcome::Kind::failed, "", 0, false, "login " + describe(error), {}});
+    return outcomes;
+  }
+
+  std::string lastAccepted;
+  for (std::size_t n = 1; Clock::now() < deadline || n <= options.minimumRequests; ++n) {
+    LoadOutcome outcome;
+    outcome.payload = (client + n) % payloads.size();
+    const bool repeat = n % options.repeatEvery == 0 && !lastAccepted.empty();
+    outcome.corrupted = !repeat && n % options.corruptEvery == 0;
+    outcome.recordNumber =
+        repeat ? lastAccepted : "load-" + std::to_string(client) + "-" + std::to_string(n);
+    try {
+      if (!rest.withRelogin([&] { return rest.checkUniqueness(outcome.recordNumber); })) {
+        outcome.kind = LoadOutcome::Kind::refusedAtCheck;
+        outcome.answer = "record number taken";
+      } else {
+        std::string payload = payloads[outcome.payload];
+        // A character outside the base64 alphabet: the dataset cannot be read.
+        if (outcome.corrupted) payload[payload.size() / 2] = '*';
+        const auto start = Clock::now();
+        outcome.answer =
+            rest.withRelogin([&] { return rest.upload(payload, outcome.recordNumber); });
+        outcome.uploadTime = Clock::now() - start;
+        outcome.kind = LoadOutcome::Kind::accepted;
+        lastAccepted = outcome.recordNumber;
+      }
+    } catch (const TavrinError& error) {
+      const bool refusedByServer = error.getErrorType() == ErrorType::invalidInput ||
+                                   error.getErrorType() == ErrorType::serverRejected;
+      outcome.kind = refusedByServer ? LoadOutcome::Kind::refused : LoadOutcome::Kind::failed;
+      outcome.answer = describe(error);
+    }
+    outcomes.push_back(std::move(outcome));
+  }
+  return outcomes;
+}
+
+}  // namespace
+
+LoadResult runSandboxLoad(const SandboxServer& server, const std::string& authKey,
+                          const std::vector<std::string>& payloads, const LoadOptions& options) {
+  LoadResult result;
+  result.residentSamples.push_back(residentBytes());
+
+  // The sampler wakes on its period, or at once when the clients are done.
+  std::mutex mutex;
+  std::condition_variable done;
+  bool finished = false;
+  std::thread sampler([&] {
+    std::unique_lock lock(mutex);
+    while (!done.wait_for(lock, options.sampleEvery, [&] { return finished; })) {
+      result.residentSamples.push_back(residentBytes());
+    }
+  });
+
+  const auto start = Clock::now();
+  const auto deadline = start + options.duration;
+  std::vector<std::vector<LoadOutcome>> perClient(options.clients);
+  {
+    std::vector<std::jthread> clients;
+    for (std::size_t c = 0; c < options.clients; ++c) {
+      clients.emplace_back(
+          [&, c] { perClient[c] = runClient(c, server, authKey, payloads, options, deadline); });
+    }
+  }
+  result.elapsed = Clock::now() - start;
+  {
+    std::lock_guard lock(mutex);
+    finished = true;
+  }
+  done.notify_one();
+  sampler.join();
+
+  for (auto& outcomes : perClient) {
+    for (auto& outcome : outcomes) {
+      if (outcome.kind == LoadOutcome::Kind::accepted) {
+        result.uploadedBytes += payloads[outcome.payload].size();
+      }
+      result.outcomes.push_back(std::move(outcome));
+    }
+  }
+  return result;
+}
+
+LoadVerdict verifyLoad(const LoadResult& result, const SandboxStore& store,
+                       const std::vector<std::string>& jsons) {
+  LoadVerdict verdict;
+  for (const auto& outcome : result.outcomes) {
+    const std::string what = outcome.recordNumber + ": ";
+    switch (outcome.kind) {
+      case LoadOutcome::Kind::accepted: {
+        ++verdict.accepted;
+        const auto stored = store.find(outcome.recordNumber);
+        if (stored && stored->accepted && stored->decoded.json == jsons[outcome.payload]) {
+          ++verdict.storedAsSent;
+        } else {
+          verdict.problems.push_back(what + "accepted but not stored as sent");
+        }
+        break;
+      }
+      case LoadOutcome::Kind::refusedAtCheck:
+        // The record number is held by the upload that took it.
+        ++verdict.refused;
+        if (const auto taken = store.find(outcome.recordNumber); taken && taken->accepted) {
+          ++verdict.refusedWithReason;
+        } else {
+          verdict.problems.push_back(what + "refused as taken, but no upload holds it");
+        }
+        break;
+      case LoadOutcome::Kind::refused: {
+        ++verdict.refused;
+        const auto stored = store.find(outcome.recordNumber);
+        if (outcome.corrupted && stored && !stored->accepted && stored->decoded.problem &&
+            !stored->decoded.problem->empty()) {
+          ++verdict.refusedWithReason;
+        } else {
+          verdict.problems.push_back(what + "refused without a stored reason: " + outcome.answer);
+        }
+        break;
+      }
+      case LoadOutcome::Kind::failed:
+        verdict.problems.push_back(what + "failed: " + outcome.answer);
+        break;
+    }
+  }
+  return verdict;
+}
+
+}  // namespace tavrin::sandbox
