@@ -23,6 +23,7 @@ constexpr int success = 0;
 constexpr int otherFailure = 1;  // anything else, e.g. an output file that cannot be written
 constexpr int usage = 2;
 constexpr int badProfile = 3;        // the device profile cannot be loaded
+constexpr int output = 4;            // the output cannot be written
 constexpr int tavrinErrorBase = 10;  // plus the error kind's raw value
 constexpr int jsonWrite = 20;
 }  // namespace ExitCode
@@ -42,5 +43,6 @@ Command addDatasetCommand(CLI::App& app);
 Command addSandboxCommand(CLI::App& app);
 Command addInspectCommand(CLI::App& app);
 Command addDemoCommand(CLI::App& app);
+Command addProfileCommand(CLI::App& app);
 
 }  // namespace tavrin::tool

@@ -9,7 +9,7 @@ int main(int argc, char** argv) {
   const std::vector<tavrin::tool::Command> commands{
       tavrin::tool::addCollectCommand(app), tavrin::tool::addDatasetCommand(app),
       tavrin::tool::addSandboxCommand(app), tavrin::tool::addInspectCommand(app),
-      tavrin::tool::addDemoCommand(app),
+      tavrin::tool::addDemoCommand(app),    tavrin::tool::addProfileCommand(app),
   };
 
   try {
