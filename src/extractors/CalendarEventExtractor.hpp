@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dataset/ExtractorBase.hpp"
+#include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -13,12 +14,10 @@ namespace tavrin {
 // The "CalendarEvents" source: one 23-value row per event, and per occurrence
 // of a recurring event, from two calendar years before the moment of collection
 // to two calendar years after it.
-class CalendarEventExtractor : public ExtractorBase {
+class CalendarEventExtractor : public PlatformExtractor<ExtractorBase> {
  public:
-  CalendarEventExtractor(std::string dataSourceNameKey, platform::Platform& platform)
-      : _dataSourceNameKey(std::move(dataSourceNameKey)), _platform(platform) {}
+  using PlatformExtractor::PlatformExtractor;
 
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
   Element extract() override;
 
   // Start and end of the query range, in seconds since 1970: the clock's
@@ -30,10 +29,6 @@ class CalendarEventExtractor : public ExtractorBase {
 
   static constexpr std::string_view predicateDatesFailure =
       "CalendarEvents: Cann't create predicate dates";
-
- private:
-  std::string _dataSourceNameKey;
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dataset/ExtractorBase.hpp"
+#include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -16,12 +17,10 @@ namespace tavrin {
 // The "CalendarReminders" source: one 15-value row per reminder of every
 // reminder list. The store delivers the reminders on a thread of its own while
 // the extracting thread waits.
-class CalendarReminderExtractor : public ExtractorBase {
+class CalendarReminderExtractor : public PlatformExtractor<ExtractorBase> {
  public:
-  CalendarReminderExtractor(std::string dataSourceNameKey, platform::Platform& platform)
-      : _dataSourceNameKey(std::move(dataSourceNameKey)), _platform(platform) {}
+  using PlatformExtractor::PlatformExtractor;
 
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
   Element extract() override;
 
   // The completion of the reminder fetch: appends one row per reminder to
@@ -33,10 +32,6 @@ class CalendarReminderExtractor : public ExtractorBase {
                                  const CalendarReminderExtractor& extractor, Element& element);
 
   static constexpr std::string_view noListFailure = "Reminder fetch delivered no list";
-
- private:
-  std::string _dataSourceNameKey;
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin

@@ -23,9 +23,6 @@ bool contains(const List& list, const Item& item) {
 
 }  // namespace
 
-CaptureDeviceExtractor::CaptureDeviceExtractor(std::string name, platform::Platform& platform)
-    : _dataSourceNameKey(std::move(name)), _platform(platform) {}
-
 Element CaptureDeviceExtractor::extract() {
   Element element(_dataSourceNameKey);
   // A platform that gives no device list at all has nothing to describe: the

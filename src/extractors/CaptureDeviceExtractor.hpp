@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dataset/IDataExtractor.hpp"
+#include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -12,22 +12,17 @@ namespace tavrin {
 // The "CaptureDevice" source: one 49-value row per camera or microphone,
 // describing it as capture hardware. It needs no permission and records no
 // error.
-class CaptureDeviceExtractor : public IDataExtractor {
+class CaptureDeviceExtractor : public PlatformExtractor<IDataExtractor> {
  public:
   static constexpr std::size_t rowLength = 49;
 
-  CaptureDeviceExtractor(std::string name, platform::Platform& platform);
+  using PlatformExtractor::PlatformExtractor;
 
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
   Element extract() override;
 
   // The row of one device. A value the running system does not offer yet is
   // null and is not read; the row always has `rowLength` values.
   Row makeDeviceRow(const platform::CaptureDevice& device) const;
-
- private:
-  const std::string _dataSourceNameKey;
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin

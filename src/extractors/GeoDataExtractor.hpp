@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dataset/IDataExtractor.hpp"
+#include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -8,12 +8,10 @@ namespace tavrin {
 
 // "GeoInfo": the four capability flags of the location services. Reads no
 // position and needs no permission.
-class GeoDataExtractor : public IDataExtractor {
+class GeoDataExtractor : public PlatformExtractor<IDataExtractor> {
  public:
-  GeoDataExtractor(std::string dataSourceNameKey, platform::Platform& platform)
-      : _dataSourceNameKey(std::move(dataSourceNameKey)), _platform(platform) {}
+  using PlatformExtractor::PlatformExtractor;
 
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
   Element extract() override {
     Element element(_dataSourceNameKey);
     platform::LocationServices& location = _platform.location();
@@ -23,10 +21,6 @@ class GeoDataExtractor : public IDataExtractor {
     element.append(location.locationServicesEnabled());
     return element;
   }
-
- private:
-  std::string _dataSourceNameKey;
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin
