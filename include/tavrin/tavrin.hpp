@@ -1,6 +1,8 @@
 #pragma once
 
 // The whole public interface of tavrinsdk.
+#include <tavrin/codec.hpp>
+#include <tavrin/digest.hpp>
 #include <tavrin/error.hpp>
 #include <tavrin/platform/Platform.hpp>
 #include <tavrin/version.hpp>

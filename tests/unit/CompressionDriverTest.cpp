@@ -1,0 +1,123 @@
+#include "../support/CodecTestData.hpp"
+
+#include "codec/CompressionDriver.hpp"
+#include "codec/ZlibStream.hpp"
+
+#include <gtest/gtest.h>
+
+namespace tavrin {
+namespace {
+
+using namespace testdata;
+
+// A stream that plays back a script: on each call it writes `produce` bytes
+// 0, 1, 2, ... (or fills the room when `produce` is `fill`) and returns
+// `status`, recording the room it was offered. Called past its script it
+// ends quietly, so only the driver itself can turn a script into a failure.
+class ScriptedStream final : public CodecStream {
+ public:
+  static constexpr std::size_t fill = ~std::size_t{0};
+  struct Call {
+    std::size_t produce;
+    StreamStatus status;
+  };
+
+  explicit ScriptedStream(std::vector<Call> script) : _script(std::move(script)) {}
+
+  StreamStatus process(std::span<const std::uint8_t>& source,
+                       std::span<std::uint8_t>& destination) override {
+    offered.push_back(destination.size());
+    source = {};
+    if (_next == _script.size()) return StreamStatus::end;
+    const Call call = _script[_next++];
+    const std::size_t count = call.produce == fill ? destination.size() : call.produce;
+    for (std::size_t index = 0; index < count; ++index) {
+      destination[index] = static_cast<std::uint8_t>(_written++);
+    }
+    destination = destination.subspan(count);
+    return call.status;
+  }
+
+  std::vector<std::size_t> offered;
+
+ private:
+  std::vector<Call> _script;
+  std::size_t _next = 0;
+  std::size_t _written = 0;
+};
+constexpr auto fill = ScriptedStream::fill;
+
+using Sizes = std::pair<std::size_t, std::size_t>;  // source length, buffer size
+
+class DriverBuffer : public ::testing::TestWithParam<Sizes> {};
+
+TEST_P(DriverBuffer, IsTheSourceLengthClampedTo64Through65536AndReused) {
+  const auto [sourceLength, size] = GetParam();
+  ScriptedStream stream(
+      {{fill, StreamStatus::ok}, {fill, StreamStatus::ok}, {5, StreamStatus::end}});
+  const auto result = CompressionDriver::drive(stream, Bytes(sourceLength, 0), Bytes{0xAA});
+  EXPECT_EQ(stream.offered, (std::vector<std::size_t>{size, size, size}));
+  Bytes expected = {0xAA};
+  for (std::size_t index = 0; index < 2 * size + 5; ++index) {
+    expected.push_back(static_cast<std::uint8_t>(index));
+  }
+  EXPECT_EQ(result, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Driver, DriverBuffer,
+                         ::testing::Values(Sizes{0, 64}, Sizes{64, 64}, Sizes{65, 65},
+                                           Sizes{65536, 65536}, Sizes{300000, 65536}));
+
+struct Script {
+  const char* name;
+  std::vector<ScriptedStream::Call> calls;
+  bool succeeds;
+};
+
+class DriverScript : public ::testing::TestWithParam<Script> {};
+
+TEST_P(DriverScript, GivesAllOutputOrNone) {
+  ScriptedStream stream(GetParam().calls);
+  EXPECT_EQ(CompressionDriver::drive(stream, Bytes(100, 0), {}).has_value(), GetParam().succeeds);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Driver, DriverScript,
+    ::testing::Values(
+        Script{"EndWithAFullBuffer", {{fill, StreamStatus::end}}, true},
+        Script{"OkWithRoomLeftIsInputRunOut", {{99, StreamStatus::ok}}, false},
+        Script{"OkWithNothingWritten", {{0, StreamStatus::ok}}, false},
+        Script{"ErrorAfterOutput", {{fill, StreamStatus::ok}, {3, StreamStatus::error}}, false}),
+    caseName);
+
+class DecoderLimit : public ::testing::TestWithParam<CompressionAlgorithm> {};
+
+TEST_P(DecoderLimit, StopsAStreamThatDecodesPastTheLimit) {
+  const Bytes input(200000, 'x');
+  const Bytes compressed = *compress(input, GetParam());
+  for (const std::size_t limit : {input.size(), input.size() - 1, std::size_t{70000}}) {
+    const auto stream =
+        CompressionDriver::openStream(CodecOperation::decode, GetParam(), compressed.size());
+    const auto decoded = CompressionDriver::drive(*stream, compressed, {}, limit);
+    EXPECT_EQ(decoded.has_value(), limit >= input.size()) << limit;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Driver, DecoderLimit,
+                         ::testing::Values(CompressionAlgorithm::zlib, CompressionAlgorithm::lzma,
+                                           CompressionAlgorithm::lz4));
+
+TEST(ZlibStream, HandsLongInputToZlibInSlices) {
+  // Slices of a few bytes stand in for the 1 GiB slices of inputs past 4 GiB.
+  const Bytes input = jsonLikeBytes(20000);
+  const auto encoded =
+      CompressionDriver::drive(*ZlibStream::open(CodecOperation::encode, 7), input, {});
+  ASSERT_TRUE(encoded.has_value());
+  EXPECT_EQ(inflate(*encoded), input);
+  EXPECT_EQ(
+      CompressionDriver::drive(*ZlibStream::open(CodecOperation::decode, 5), *deflate(input), {}),
+      input);
+}
+
+}  // namespace
+}  // namespace tavrin
