@@ -72,7 +72,7 @@ const Bytes& datasetJson() {
     DatasetDocument document;
     document.push_back(std::move(contacts));
     document.push_back(std::move(images));
-    const std::string text = writeJson(document);
+    const std::string text = writeJson(document).str();
     return Bytes(text.begin(), text.end());
   }();
   return json;

@@ -14,6 +14,8 @@ if(TAVRIN_BUILD_TOOLS OR TAVRIN_BUILD_TESTS OR TAVRIN_BUILD_BENCH)
   find_package(SQLite3 REQUIRED)
   find_package(CLI11 CONFIG REQUIRED)
   find_path(HTTPLIB_INCLUDE_DIR httplib.h REQUIRED)
+  # Debian builds cpp-httplib as a library; pkg-config gives it with its TLS support switched on.
+  pkg_check_modules(CPPHTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
 endif()
 if(TAVRIN_BUILD_TESTS)
   find_package(GTest REQUIRED)

@@ -6,6 +6,9 @@
 #include "extractors/CalendarExtractor.hpp"
 #include "extractors/CalendarReminderExtractor.hpp"
 #include "extractors/CaptureDeviceExtractor.hpp"
+#include "extractors/ContactExtractor.hpp"
+#include "extractors/ContactGroupExtractor.hpp"
+#include "extractors/ContactKeys.hpp"
 #include "extractors/GeneralDataExtractor.hpp"
 #include "extractors/GeoDataExtractor.hpp"
 #include "extractors/ImageExtractor.hpp"
@@ -41,6 +44,12 @@ DataExtractorManager::DataExtractorManager(std::shared_ptr<platform::Platform> p
       _sdkIdentifier(ApplicationInfo::sdkIdentifier(_platform->device())),
       _locationUtil(drawLocationUtil(_platform->random())) {
   platform::Platform& device = *_platform;
+  _extractors.push_back(std::make_unique<ContactExtractor>(device));
+  _extractors.push_back(std::make_unique<ContactGroupExtractor>(
+      "ContactGroups",
+      std::vector<std::string>{std::string(ContactKeys::CNGroupIdentifierKey),
+                               std::string(ContactKeys::CNGroupNameKey)},
+      device));
   _extractors.push_back(std::make_unique<MediaAlbumExtractor>("MediaAlbums", _locationUtil, device));
   _extractors.push_back(std::make_unique<VideoExtractor>("Video", _locationUtil, device));
   _extractors.push_back(std::make_unique<ImageExtractor>("Images", _locationUtil, device));

@@ -20,6 +20,7 @@ struct Command {
 // Exit codes shared by the subcommands.
 namespace ExitCode {
 constexpr int success = 0;
+constexpr int otherFailure = 1;  // anything else, e.g. an output file that cannot be written
 constexpr int usage = 2;
 constexpr int badProfile = 3;        // the device profile cannot be loaded
 constexpr int tavrinErrorBase = 10;  // plus the error kind's raw value
@@ -30,6 +31,7 @@ constexpr int jsonWrite = 20;
 // Linux machine otherwise. Throws platform::DeviceProfileError.
 std::shared_ptr<platform::Platform> choosePlatform(const std::string& profilePath);
 
+Command addCollectCommand(CLI::App& app);
 Command addDatasetCommand(CLI::App& app);
 
 }  // namespace tavrin::tool

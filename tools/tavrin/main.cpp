@@ -7,6 +7,7 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   const std::vector<tavrin::tool::Command> commands{
+      tavrin::tool::addCollectCommand(app),
       tavrin::tool::addDatasetCommand(app),
   };
 

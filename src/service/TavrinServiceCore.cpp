@@ -1,0 +1,58 @@
+#include "service/TavrinServiceCore.hpp"
+
+#include "dataset/JsonWriter.hpp"
+#include "dataset/PermissionHeplper.hpp"
+#include "net/CurlTransport.hpp"
+#include "service/ServiceUrl.hpp"
+#include "service/StatusResource.hpp"
+
+#include <tavrin/codec.hpp>
+
+namespace tavrin {
+namespace {
+
+std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Platform> chosen) {
+  return chosen ? std::move(chosen) : platform::makeLinuxPlatform();
+}
+
+}  // namespace
+
+TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey,
+                                     ServiceOptions options)
+    : _platform(platformOrLinux(std::move(options.platform))), dataExtractorManager(_platform) {
+  // The manager exists before the URL is judged, even when it is then rejected.
+  if (!isServiceUrl(url)) {
+    throw TavrinError(ErrorType::invalidInput, std::string(StatusResource::urlIncorrectMessage));
+  }
+  _url = std::move(url);
+  _restService = std::make_unique<RestService>(_url, std::make_unique<CurlTransport>(options));
+  _restService->login(authKey);
+}
+
+std::string TavrinServiceCore::collectData(const std::string& recordNumber,
+                                           const DatasetObserver& onDataset) {
+  PermissionHeplper::requestPermissions(*_platform);
+
+  RestService& client = *_restService;
+  if (!client.withRelogin([&] { return client.checkUniqueness(recordNumber); })) {
+    throw TavrinError(ErrorType::serverRejected,
+                      std::string(StatusResource::recordNumberNotUniqueMessage));
+  }
+
+  const std::string data = encodedDataset(onDataset);
+  return client.withRelogin([&] { return client.upload(data, recordNumber); });
+}
+
+std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) {
+  const MappedBuffer json = writeJson(dataExtractorManager.extractData());
+  if (onDataset) onDataset(json.view());
+
+  const auto compressed = compress(json.bytes(), CompressionAlgorithm::zlib);
+  if (!compressed) {
+    throw TavrinError(ErrorType::processingFailed,
+                      std::string(StatusResource::compressFailedMessage));
+  }
+  return base64Encode(*compressed);
+}
+
+}  // namespace tavrin

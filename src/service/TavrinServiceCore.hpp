@@ -1,0 +1,43 @@
+#pragma once
+
+#include "dataset/DataExtractorManager.hpp"
+#include "net/RestService.hpp"
+
+#include <tavrin/options.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tavrin {
+
+// The collection run behind TavrinService: owns the extraction manager and the
+// REST client, and drives permissions, uniqueness check, extraction, JSON,
+// compression, base64 and upload in that order.
+class TavrinServiceCore {
+ public:
+  // Sees the dataset's JSON text once it is written, before it is compressed.
+  using DatasetObserver = std::function<void(std::string_view json)>;
+
+  // Builds the manager, checks the URL, creates the client and logs in, in that
+  // order. Throws TavrinError: invalidInput "Url is incorrect" before any
+  // traffic, or the login's error.
+  TavrinServiceCore(std::string url, const std::string& authKey, ServiceOptions options);
+
+  // One collection run; returns the server's answer to the upload. Throws
+  // TavrinError, or JsonWriteError when the dataset cannot be written as JSON.
+  // `onDataset`, when set, is handed the JSON that is about to be uploaded.
+  std::string collectData(const std::string& recordNumber, const DatasetObserver& onDataset = {});
+
+ private:
+  // Steps 3 to 6 of a run: the dataset as base64 of its raw-DEFLATE JSON.
+  std::string encodedDataset(const DatasetObserver& onDataset);
+
+  std::shared_ptr<platform::Platform> _platform;
+  std::string _url;
+  std::unique_ptr<RestService> _restService;
+  DataExtractorManager dataExtractorManager;
+};
+
+}  // namespace tavrin

@@ -1,0 +1,145 @@
+#include "TlsTestBed.hpp"
+
+#include "../support/ExpectTavrinError.hpp"
+#include "service/TavrinServiceCore.hpp"
+
+#include <tavrin/service.hpp>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace tavrin {
+namespace {
+
+using namespace testing_support;
+using Paths = std::vector<std::string>;
+
+const std::string login = TestServer::loginPath;
+const std::string check = TestServer::checkPath;
+const std::string upload = TestServer::uploadPath;
+
+class CollectionRun : public testing::Test {
+ protected:
+  ServiceOptions options() const {
+    ServiceOptions chosen = bed.options();
+    chosen.platform = platform::loadDeviceProfile(testing_support::collectionProfile);
+    return chosen;
+  }
+  TavrinService service() const { return TavrinService(bed.server.url(), "key-1", options()); }
+
+  TlsTestBed bed;
+};
+
+TEST_F(CollectionRun, UploadsExactlyTheDocumentItBuilt) {
+  TavrinServiceCore core(bed.server.url(), "key-1", options());
+  std::string built;
+  EXPECT_EQ(core.collectData("r-1", [&](std::string_view json) { built = json; }), "received");
+
+  const auto requests = bed.server.received();
+  ASSERT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload}));
+  EXPECT_EQ(nlohmann::json::parse(requests[2].body).at("recordNumber"), "r-1");
+  EXPECT_EQ(testing_support::uploadedDocument(requests[2]), built);
+  const auto document = nlohmann::json::parse(built);
+  ASSERT_TRUE(document.is_array() && !document.empty());
+  EXPECT_TRUE(document[0].contains("GeneralInfo"));
+}
+
+TEST_F(CollectionRun, ReturnsTheServersStringAndLogsInOnlyOnce) {
+  TavrinService tavrin(bed.server.url(), "key-1", options());
+  bed.server.script(upload, {200, R"("score \"7\" é")"});
+  EXPECT_EQ(tavrin.collectData("r-1"), "score \"7\" é");
+  EXPECT_EQ(tavrin.collectData("r-2"), "received");
+  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload, check, upload}));
+}
+
+TEST_F(CollectionRun, TakenRecordNumberStopsTheRunBeforeExtraction) {
+  TavrinServiceCore core(bed.server.url(), "key-1", options());
+  bed.server.script(check, {200, "false"});
+  bool extracted = false;
+  expectTavrinError([&] { core.collectData("r-1", [&](std::string_view) { extracted = true; }); },
+                    ErrorType::serverRejected,
+                    "record_number_not_unique. Record number is not unique");
+  EXPECT_FALSE(extracted);
+  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check}));
+}
+
+TEST_F(CollectionRun, BareUnauthorizedUploadIsRepeatedOnceAfterANewLogin) {
+  TavrinService tavrin(bed.server.url(), "key-1", options());
+  bed.server.script(upload, {401, ""});
+  EXPECT_EQ(tavrin.collectData("r-1"), "received");
+
+  const auto requests = bed.server.received();
+  ASSERT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload, login, upload}));
+  EXPECT_EQ(requests[3].body, R"({"authKey":"key-1"})");
+  EXPECT_EQ(requests[2].header("Authorization"), "Bearer token-1");
+  EXPECT_EQ(requests[4].header("Authorization"), "Bearer token-2");
+  EXPECT_EQ(requests[4].body, requests[2].body);
+}
+
+TEST_F(CollectionRun, SecondBareUnauthorizedIsAccessDenied) {
+  TavrinService tavrin(bed.server.url(), "key-1", options());
+  bed.server.script(upload, {401, ""});
+  bed.server.script(upload, {401, ""});
+  expectTavrinError([&] { tavrin.collectData("r-1"); }, ErrorType::accessDenied, "401");
+  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload, login, upload}));
+}
+
+TEST_F(CollectionRun, RejectedKeyOnUploadIsNotRetried) {
+  TavrinService tavrin(bed.server.url(), "key-1", options());
+  bed.server.script(upload, {401, R"({"title":"auth_key_invalid"})"});
+  expectTavrinError([&] { tavrin.collectData("r-1"); }, ErrorType::invalidInput,
+                    "invalid_grant_key. Authentication key is invalid");
+  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload}));
+}
+
+TEST_F(CollectionRun, FailedRunLeavesTheServiceUsable) {
+  TavrinService tavrin(bed.server.url(), "key-1", options());
+  bed.server.script(check, {503, "maintenance"});
+  expectTavrinError([&] { tavrin.collectData("r-1"); }, ErrorType::serverRejected, std::nullopt);
+  EXPECT_EQ(tavrin.collectData("r-1"), "received");
+}
+
+struct FailedLogin {
+  const char* name;
+  int status;
+  std::string body;
+  ErrorType type;
+  std::optional<std::string> message;
+};
+
+class ConstructionLogin : public CollectionRun, public testing::WithParamInterface<FailedLogin> {};
+
+TEST_P(ConstructionLogin, FailureMeansNoService) {
+  bed.server.script(login, {GetParam().status, GetParam().body});
+  expectTavrinError([&] { service(); }, GetParam().type, GetParam().message);
+  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, ConstructionLogin,
+    testing::Values(FailedLogin{"NumericMember", 200,
+                                R"({"token_type":"Bearer","access_token":"t","expires_in":3600})",
+                                ErrorType::processingFailed, std::nullopt},
+                    FailedLogin{"MissingToken", 200, R"({"token_type":"Bearer"})",
+                                ErrorType::processingFailed, std::nullopt},
+                    FailedLogin{"RejectedKey", 401, R"({"title":"auth_key_invalid"})",
+                                ErrorType::invalidInput,
+                                "invalid_grant_key. Authentication key is invalid"},
+                    FailedLogin{"Bare401", 401, "", ErrorType::accessDenied, "401"}),
+    [](const testing::TestParamInfo<FailedLogin>& param) { return std::string(param.param.name); });
+
+TEST_F(CollectionRun, RejectedUrlThrowsBeforeAnyTraffic) {
+  for (const std::string& url : {bed.server.url() + "/", "http" + bed.server.url().substr(5)}) {
+    expectTavrinError([&] { TavrinService(url, "key-1", options()); }, ErrorType::invalidInput,
+                      "Url is incorrect");
+  }
+  EXPECT_TRUE(bed.server.received().empty());
+}
+
+TEST(TavrinServiceOnThisMachine, ChecksTheUrlBeforeAnyTraffic) {
+  expectTavrinError([] { TavrinService("https://api.tavrin.com/", "key-1"); },
+                    ErrorType::invalidInput, "Url is incorrect");
+}
+
+}  // namespace
+}  // namespace tavrin

@@ -1,0 +1,108 @@
+#include "TestServer.hpp"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace tavrin::testing_support {
+namespace {
+
+// The tests talk to loopback only; a proxy from the environment must not get in between.
+const bool proxiesBypassed = [] {
+  for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+    unsetenv(name);
+  }
+  return true;
+}();
+
+}  // namespace
+
+std::string ReceivedRequest::header(const std::string& name) const {
+  const auto found = headers.find(name);
+  return found == headers.end() ? "(absent)" : found->second;
+}
+
+TestServer::TestServer(X509* certificate, EVP_PKEY* key) : _server(certificate, key) {
+  (void)proxiesBypassed;
+  if (!_server.is_valid()) throw std::runtime_error("the TLS server cannot be set up");
+  // Without it, small answers written in pieces wait for delayed acknowledgements.
+  _server.set_tcp_nodelay(true);
+  const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
+    handle(request, response);
+  };
+  _server.Post(".*", handler);
+  _server.Get(".*", handler);
+  _server.Put(".*", handler);
+
+  _port = _server.bind_to_any_port("127.0.0.1");
+  if (_port <= 0) throw std::runtime_error("the TLS server cannot bind");
+  _thread = std::thread([this] {
+    _server.listen_after_bind();
+    _listenerDone = true;
+  });
+  // stop() only acts on a server that has entered its accept loop.
+  while (!_server.is_running() && !_listenerDone) std::this_thread::yield();
+}
+
+TestServer::~TestServer() {
+  {
+    const std::lock_guard lock(_mutex);
+    _stopped = true;
+  }
+  _stopping.notify_all();
+  _server.stop();
+  _thread.join();
+}
+
+void TestServer::script(const std::string& path, ScriptedAnswer answer) {
+  const std::lock_guard lock(_mutex);
+  _scripts[path].push_back(std::move(answer));
+}
+
+std::vector<ReceivedRequest> TestServer::received() const {
+  const std::lock_guard lock(_mutex);
+  return _received;
+}
+
+std::vector<std::string> TestServer::receivedPaths() const {
+  std::vector<std::string> paths;
+  for (const auto& request : received()) paths.push_back(request.path);
+  return paths;
+}
+
+std::string TestServer::url() const { return "https://api.tavrin.com:" + std::to_string(_port); }
+
+std::string TestServer::resolveEntry() const {
+  return "api.tavrin.com:" + std::to_string(_port) + ":127.0.0.1";
+}
+
+void TestServer::handle(const httplib::Request& request, httplib::Response& response) {
+  std::unique_lock lock(_mutex);
+  _received.push_back(
+      {request.method, request.path, request.target, request.headers, request.body});
+
+  if (request.path == loginPath) ++_logins;
+
+  ScriptedAnswer answer;
+  auto& script = _scripts[request.path];
+  if (!script.empty()) {
+    answer = std::move(script.front());
+    script.pop_front();
+  } else if (request.path == loginPath) {
+    answer.body =
+        R"({"token_type":"Bearer","access_token":"token-)" + std::to_string(_logins) + "\"}";
+  } else if (request.path == checkPath) {
+    answer.body = "true";
+  } else if (request.path == uploadPath) {
+    answer.body = R"("received")";
+  } else {
+    answer.status = 404;
+  }
+  if (answer.hang) {
+    _stopping.wait(lock, [this] { return _stopped; });
+    return;
+  }
+  response.status = answer.status;
+  response.set_content(answer.body, "application/json");
+}
+
+}  // namespace tavrin::testing_support
