@@ -16,7 +16,7 @@ build: deps
 	@cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
-	@$(BUILD)/tools/tavrin dataset --profile examples/profiles/iphone-realistic.json
+	@$(BUILD)/tools/tavrin demo
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
@@ -59,7 +59,8 @@ fuzz: deps
 	  [ -x "$$target" ] || continue; \
 	  name=$$(basename $$target); mkdir -p build-fuzz/corpus-$$name; \
 	  echo "fuzzing $$name for $(FUZZ_SECONDS)s"; \
-	  $$target -max_total_time=$(FUZZ_SECONDS) build-fuzz/corpus-$$name >build-fuzz/$$name.log 2>&1 \
+	  dict=fuzz/$${name#fuzz_}.dict; [ -f "$$dict" ] && dict="-dict=$$dict" || dict=; \
+	  $$target -max_total_time=$(FUZZ_SECONDS) $$dict build-fuzz/corpus-$$name >build-fuzz/$$name.log 2>&1 \
 	    || { tail -n 40 build-fuzz/$$name.log; exit 1; }; \
 	  tail -n 1 build-fuzz/$$name.log; \
 	done

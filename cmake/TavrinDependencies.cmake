@@ -23,4 +23,6 @@ endif()
 if(TAVRIN_BUILD_BENCH)
   find_package(benchmark REQUIRED)
   find_package(RapidJSON REQUIRED)
+  # A reference only: the whole-run benchmark shows what a faster DEFLATE would buy.
+  pkg_check_modules(LIBDEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 endif()

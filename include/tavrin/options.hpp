@@ -1,5 +1,6 @@
 #pragma once
 
+#include <tavrin/observer.hpp>
 #include <tavrin/platform/Platform.hpp>
 
 #include <chrono>
@@ -32,6 +33,11 @@ struct ServiceOptions {
   /// included) before it fails with connectionFailed. A slow transfer that keeps
   /// moving never times out. Must be positive. Default: 60 seconds.
   std::chrono::milliseconds requestTimeout{60000};
+
+  /// Told how each collection run and each exchange with the server progresses
+  /// (see CollectionObserver). Default (null): nobody. The service shares
+  /// ownership of it.
+  std::shared_ptr<CollectionObserver> observer;
 };
 
 }  // namespace tavrin

@@ -4,6 +4,7 @@
 #include <tavrin/codec.hpp>
 #include <tavrin/digest.hpp>
 #include <tavrin/error.hpp>
+#include <tavrin/observer.hpp>
 #include <tavrin/options.hpp>
 #include <tavrin/platform/Platform.hpp>
 #include <tavrin/service.hpp>

@@ -16,6 +16,9 @@
 #include "extractors/PermissionExtractor.hpp"
 #include "extractors/UnknownFileExtractor.hpp"
 #include "extractors/VideoExtractor.hpp"
+#include "service/notifyObserver.hpp"
+
+#include <chrono>
 
 namespace tavrin {
 
@@ -72,8 +75,15 @@ DatasetDocument DataExtractorManager::extractData() {
   platform::Clock& clock = _platform->clock();
   const double start = clock.now();
   for (const auto& extractor : _extractors) {
+    const std::string& name = extractor->dataSourceNameKey();
+    notifyObserver(_observer, [&](CollectionObserver& observer) { observer.sourceStarted(name); });
+    const auto started = std::chrono::steady_clock::now();
     Element section = extractor->extract();
+    const auto elapsed = std::chrono::steady_clock::now() - started;
     section.shrinkToFit();
+    notifyObserver(_observer, [&](CollectionObserver& observer) {
+      observer.sourceFinished(name, section.ChildElements().size(), elapsed);
+    });
     document.push_back(std::move(section));
   }
   const double end = clock.now();

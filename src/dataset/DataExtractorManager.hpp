@@ -4,6 +4,7 @@
 #include "dataset/IDataExtractor.hpp"
 #include "extractors/LocationUtil.hpp"
 
+#include <tavrin/observer.hpp>
 #include <tavrin/platform/Platform.hpp>
 
 #include <memory>
@@ -24,6 +25,9 @@ class DataExtractorManager {
   // Never throws: sources record their failures in their sections.
   DatasetDocument extractData();
 
+  // Tells `observer` (or nobody, when null) when each source starts and ends.
+  void setObserver(CollectionObserver* observer) { _observer = observer; }
+
   // The rotation shared by the photo-library sources.
   const LocationUtil& locationUtil() const { return *_locationUtil; }
   // The sources, in run order.
@@ -40,6 +44,7 @@ class DataExtractorManager {
   const std::optional<std::string> _sdkIdentifier;
   std::shared_ptr<const LocationUtil> _locationUtil;
   std::vector<std::unique_ptr<IDataExtractor>> _extractors;
+  CollectionObserver* _observer = nullptr;
 };
 
 }  // namespace tavrin

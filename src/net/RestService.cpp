@@ -62,7 +62,9 @@ RestService::RestService(std::string url, std::unique_ptr<HttpTransport> transpo
     : _url(std::move(url)), _transport(std::move(transport)) {}
 
 void RestService::login(const std::string& authKey) {
-  const Json answer = exchange(makeRequest(loginPath, true, serialize(Json{{"authKey", authKey}})));
+  ExchangeReport report(_observer, "login");
+  const Json answer =
+      exchange(makeRequest(loginPath, true, serialize(Json{{"authKey", authKey}})), report);
 
   // Only a flat object of strings is a login answer, whatever else it holds.
   if (!answer.is_object()) throw failure(ErrorType::processingFailed);
@@ -77,18 +79,26 @@ void RestService::login(const std::string& authKey) {
   _tokenType = tokenType->get<std::string>();
   _accessToken = accessToken->get<std::string>();
   _authKey = authKey;
+  report.succeeded();
 }
 
 bool RestService::checkUniqueness(const std::string& recordNumber) {
-  const Json answer = exchange(makeAuthorizedRequest(
-      checkUniquenessPath, true, serialize(Json{{"recordNumber", recordNumber}})));
+  ExchangeReport report(_observer, "check");
+  const Json answer =
+      exchange(makeAuthorizedRequest(checkUniquenessPath, true,
+                                     serialize(Json{{"recordNumber", recordNumber}})),
+               report);
   if (!answer.is_boolean()) throw failure(ErrorType::processingFailed);
+  report.succeeded();
   return answer.get<bool>();
 }
 
 std::string RestService::upload(const std::string& data, const std::string& recordNumber) {
-  Json answer = exchange(makeAuthorizedRequest(uploadPath, true, uploadBody(data, recordNumber)));
+  ExchangeReport report(_observer, "upload");
+  Json answer =
+      exchange(makeAuthorizedRequest(uploadPath, true, uploadBody(data, recordNumber)), report);
   if (!answer.is_string()) throw failure(ErrorType::processingFailed);
+  report.succeeded();
   return std::move(answer.get_ref<std::string&>());
 }
 
@@ -110,10 +120,11 @@ HttpRequest RestService::makeAuthorizedRequest(std::string_view path, bool isPos
   return request;
 }
 
-Json RestService::exchange(const HttpRequest& request) {
+Json RestService::exchange(const HttpRequest& request, ExchangeReport& report) {
   HttpOutcome outcome = _transport->send(request);
   const auto* response = std::get_if<HttpResponse>(&outcome);
   if (response == nullptr) throw failure(ErrorType::connectionFailed);
+  report.answered(response->status);
   if (response->status < 200 || response->status > 299) throw errorFromResponse(*response);
   // A success that carries nothing is an empty completion, as a failed transfer is.
   if (response->body.empty()) throw failure(ErrorType::connectionFailed);

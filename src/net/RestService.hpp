@@ -1,5 +1,6 @@
 #pragma once
 
+#include "net/ExchangeReport.hpp"
 #include "net/HttpTransport.hpp"
 
 #include <tavrin/error.hpp>
@@ -23,6 +24,9 @@ class RestService {
   // `url` is the base URL as the service accepted it: scheme, host, optional port.
   RestService(std::string url, std::unique_ptr<HttpTransport> transport);
 
+  // Tells `observer` (or nobody, when null) when each exchange starts and ends.
+  void setObserver(CollectionObserver* observer) { _observer = observer; }
+
   // Trades the key for a token pair. On success the pair and the key are kept;
   // on failure the previous ones stay.
   void login(const std::string& authKey);
@@ -42,7 +46,7 @@ class RestService {
   HttpRequest makeRequest(std::string_view path, bool isPost, std::string body) const;
   HttpRequest makeAuthorizedRequest(std::string_view path, bool isPost, std::string body) const;
   // Sends the request; the parsed body of a 2xx answer, or throws its error.
-  nlohmann::json exchange(const HttpRequest& request);
+  nlohmann::json exchange(const HttpRequest& request, ExchangeReport& report);
   static TavrinError errorFromResponse(const HttpResponse& response);
   static bool isBare401(const TavrinError& error);
 
@@ -51,6 +55,7 @@ class RestService {
   std::optional<std::string> _tokenType;
   std::string _url;
   std::unique_ptr<HttpTransport> _transport;
+  CollectionObserver* _observer = nullptr;
 };
 
 template <typename Operation>

@@ -19,13 +19,17 @@ std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Pl
 
 TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey,
                                      ServiceOptions options)
-    : _platform(platformOrLinux(std::move(options.platform))), dataExtractorManager(_platform) {
+    : _platform(platformOrLinux(std::move(options.platform))),
+      _observer(options.observer),
+      dataExtractorManager(_platform) {
+  dataExtractorManager.setObserver(_observer.get());
   // The manager exists before the URL is judged, even when it is then rejected.
   if (!isServiceUrl(url)) {
     throw TavrinError(ErrorType::invalidInput, std::string(StatusResource::urlIncorrectMessage));
   }
   _url = std::move(url);
   _restService = std::make_unique<RestService>(_url, std::make_unique<CurlTransport>(options));
+  _restService->setObserver(_observer.get());
   _restService->login(authKey);
 }
 

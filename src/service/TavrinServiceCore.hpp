@@ -35,6 +35,7 @@ class TavrinServiceCore {
   std::string encodedDataset(const DatasetObserver& onDataset);
 
   std::shared_ptr<platform::Platform> _platform;
+  std::shared_ptr<CollectionObserver> _observer;
   std::string _url;
   std::unique_ptr<RestService> _restService;
   DataExtractorManager dataExtractorManager;

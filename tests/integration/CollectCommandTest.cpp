@@ -13,8 +13,9 @@ using namespace testing_support;
 
 class CollectCommand : public testing::Test {
  protected:
-  // `tavrin collect` against the test server, with the test CA and profile.
-  ProcessResult collect(std::vector<std::string> extra = {}) {
+  // `tavrin collect` against the test server, with the test CA and profile;
+  // without progress lines unless asked for.
+  ProcessResult collect(std::vector<std::string> extra = {}, bool quiet = true) {
     std::vector<std::string> arguments{"collect",
                                        "--url",
                                        bed.server.url(),
@@ -29,6 +30,7 @@ class CollectCommand : public testing::Test {
                                        "--timeout",
                                        "10"};
     arguments.insert(arguments.end(), extra.begin(), extra.end());
+    if (quiet) arguments.push_back("--quiet");
     return run(arguments);
   }
   ProcessResult run(const std::vector<std::string>& arguments) {
@@ -52,6 +54,32 @@ TEST_F(CollectCommand, PrintsTheServersAnswerAndWritesTheUploadedDocument) {
   std::ifstream file(datasetFile, std::ios::binary);
   const std::string written{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   EXPECT_EQ(written, testing_support::uploadedDocument(requests[2]));
+}
+
+TEST_F(CollectCommand, ShowsEachSourceAndExchangeAsAPlainLineWhenNotOnATerminal) {
+  const ProcessResult result = collect({"--ca-file", caFileArgument()}, false);
+  EXPECT_EQ(result.exitCode, 0) << result.standardError;
+  EXPECT_EQ(result.standardOutput, "received\n");
+  const std::string& lines = result.standardError;
+  const auto at = [&lines](const std::string& text) {
+    const auto found = lines.find(text);
+    EXPECT_NE(found, std::string::npos) << text << " in\n" << lines;
+    return found;
+  };
+  // In run order, each on a line of its own and none rewritten in place.
+  EXPECT_LT(at("exchange login: HTTP 200 in "), at("exchange check: HTTP 200 in "));
+  EXPECT_LT(at("exchange check: HTTP 200 in "), at("\nsource 1: "));
+  EXPECT_LT(at("\nsource 1: "), at(": Permissions, 4 entries in "));
+  EXPECT_LT(at(": Permissions, 4 entries in "), at("exchange upload: HTTP 200 in "));
+  EXPECT_EQ(lines.find('\r'), std::string::npos);
+
+  // A refused exchange is shown as refused, and the error still ends the output.
+  bed.server.script(TestServer::checkPath, {403, ""});
+  const ProcessResult refused = collect({"--ca-file", caFileArgument()}, false);
+  EXPECT_EQ(refused.exitCode, 12);
+  EXPECT_NE(refused.standardError.find("exchange check: HTTP 403, refused in "), std::string::npos);
+  EXPECT_TRUE(refused.standardError.ends_with("\nerror: accessDenied: 403\n"))
+      << refused.standardError;
 }
 
 struct ToolFailure {

@@ -76,22 +76,6 @@ TEST_F(CollectionRun, BareUnauthorizedUploadIsRepeatedOnceAfterANewLogin) {
   EXPECT_EQ(requests[4].body, requests[2].body);
 }
 
-TEST_F(CollectionRun, SecondBareUnauthorizedIsAccessDenied) {
-  TavrinService tavrin(bed.server.url(), "key-1", options());
-  bed.server.script(upload, {401, ""});
-  bed.server.script(upload, {401, ""});
-  expectTavrinError([&] { tavrin.collectData("r-1"); }, ErrorType::accessDenied, "401");
-  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload, login, upload}));
-}
-
-TEST_F(CollectionRun, RejectedKeyOnUploadIsNotRetried) {
-  TavrinService tavrin(bed.server.url(), "key-1", options());
-  bed.server.script(upload, {401, R"({"title":"auth_key_invalid"})"});
-  expectTavrinError([&] { tavrin.collectData("r-1"); }, ErrorType::invalidInput,
-                    "invalid_grant_key. Authentication key is invalid");
-  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload}));
-}
-
 TEST_F(CollectionRun, FailedRunLeavesTheServiceUsable) {
   TavrinService tavrin(bed.server.url(), "key-1", options());
   bed.server.script(check, {503, "maintenance"});
@@ -117,15 +101,11 @@ TEST_P(ConstructionLogin, FailureMeansNoService) {
 
 INSTANTIATE_TEST_SUITE_P(
     Answers, ConstructionLogin,
-    testing::Values(FailedLogin{"NumericMember", 200,
-                                R"({"token_type":"Bearer","access_token":"t","expires_in":3600})",
-                                ErrorType::processingFailed, std::nullopt},
-                    FailedLogin{"MissingToken", 200, R"({"token_type":"Bearer"})",
+    testing::Values(FailedLogin{"MissingToken", 200, R"({"token_type":"Bearer"})",
                                 ErrorType::processingFailed, std::nullopt},
                     FailedLogin{"RejectedKey", 401, R"({"title":"auth_key_invalid"})",
                                 ErrorType::invalidInput,
-                                "invalid_grant_key. Authentication key is invalid"},
-                    FailedLogin{"Bare401", 401, "", ErrorType::accessDenied, "401"}),
+                                "invalid_grant_key. Authentication key is invalid"}),
     [](const testing::TestParamInfo<FailedLogin>& param) { return std::string(param.param.name); });
 
 TEST_F(CollectionRun, RejectedUrlThrowsBeforeAnyTraffic) {

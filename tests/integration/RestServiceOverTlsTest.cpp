@@ -72,12 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(WireMapping{400, R"({"title":"record_number_not_unique"})",
                                 ErrorType::invalidInput,
                                 "record_number_not_unique. Record number is not unique"},
-                    WireMapping{404, "", ErrorType::invalidInput, std::nullopt},
                     WireMapping{403, "<html>no</html>", ErrorType::accessDenied, "403"},
-                    WireMapping{409, R"({"title":"record_number_not_unique"})",
-                                ErrorType::processingFailed, "record_number_not_unique"},
-                    WireMapping{302, R"({"title":"moved"})", ErrorType::processingFailed, "moved"},
-                    WireMapping{405, R"({"title":7})", ErrorType::processingFailed, std::nullopt},
                     WireMapping{503, R"({"title":"auth_key_invalid"})", ErrorType::serverRejected,
                                 std::nullopt}));
 

@@ -68,17 +68,6 @@ TEST(CaptureDeviceExtractor, BuildsTheBackCameraRowInPositionOrder) {
           R"(1080,1920,7,3,1986618469,875704422],)"));
 }
 
-TEST(CaptureDeviceExtractor, AudioOnlyDeviceGetsAFullRow) {
-  const auto phone = phoneOnSystem("14.2");
-  CaptureDeviceExtractor extractor("CaptureDevice", *phone);
-  const nlohmann::json microphone = sectionValues(extractor.extract()).at(2);
-  ASSERT_EQ(microphone.size(), CaptureDeviceExtractor::rowLength);
-  EXPECT_EQ(microphone[1], "iPhone Microphone");
-  EXPECT_EQ(microphone[7], false);  // video
-  EXPECT_EQ(microphone[8], true);   // audio
-  EXPECT_EQ(microphone[47], 1936684398u);
-}
-
 TEST(CaptureDeviceExtractor, NoDeviceListGivesAnEmptySection) {
   const auto phone = platform::loadDeviceProfile(fixturePath("capture-devices-no-list.json"));
   CaptureDeviceExtractor extractor("CaptureDevice", *phone);

@@ -32,13 +32,8 @@ std::string writeText(std::string_view text) {
 TEST(JsonWriter, WritesTheDocumentCompactlyInOrder) {
   Element header("GeneralInfo");
   header.append(8);
-  header.append(1);
   header.append(1605555555.12);
-  header.append(1605555561.5);
   header.append("iPhone");
-  header.append("iPhone12,1");
-  header.append("14.2");
-  header.append("6F1C3A52-0B1D-4C4E-9B7A-2D7C3E0F5A11");
   header.append(nullptr);
   Element contacts("Contacts");
   contacts.addAccessDenied("Contacts");
@@ -48,8 +43,7 @@ TEST(JsonWriter, WritesTheDocumentCompactlyInOrder) {
   document.push_back(std::move(contacts));
   document.push_back(std::move(calendars));
   EXPECT_EQ(writeJson(document).str(),
-            R"([{"GeneralInfo":[8,1,1605555555.12,1605555561.5,"iPhone","iPhone12,1","14.2",)"
-            R"("6F1C3A52-0B1D-4C4E-9B7A-2D7C3E0F5A11",null]},)"
+            R"([{"GeneralInfo":[8,1605555555.12,"iPhone",null]},)"
             R"({"Contacts":["EXTRACTING ERROR : Access denied Contacts"]},{"Calendars":[]}])");
   EXPECT_EQ(writeJson({}).str(), "[]");
 }
@@ -63,13 +57,7 @@ TEST(JsonWriter, NestsRowsAndKeepsNullsInPlace) {
   outer.append(inner);
   outer.append(std::optional<int>());
   outer.append(Row());
-  Row deepest;
-  deepest.append(Row());
-  Row deep;
-  deep.append(deepest);
-  outer.append(deep);
-  EXPECT_EQ(writeSection([&](Element& e) { e.append(outer); }),
-            R"([{"S":[[1,[2,3],null,[],[[[]]]]]}])");
+  EXPECT_EQ(writeSection([&](Element& e) { e.append(outer); }), R"([{"S":[[1,[2,3],null,[]]]}])");
 }
 
 struct Case {
@@ -86,34 +74,35 @@ TEST_P(Scalars, AreWrittenAsJsonNumbersAndLiterals) {
 
 INSTANTIATE_TEST_SUITE_P(
     Values, Scalars,
-    testing::Values(
-        Case{"booleans", [](Element& e) { e.append(true), e.append(false); }, "true,false"},
-        Case{"flagsAsIntegers", [](Element& e) { e.append(1), e.append(0); }, "1,0"},
-        Case{"signedLimits",
-             [](Element& e) {
-               e.append(std::numeric_limits<std::int64_t>::min());
-               e.append(std::numeric_limits<std::int64_t>::max());
-               e.append(-3), e.append(-128), e.append(128), e.append(-129);
-             },
-             "-9223372036854775808,9223372036854775807,-3,-128,128,-129"},
-        Case{"unsignedLimits",
-             [](Element& e) {
-               e.append(std::numeric_limits<std::uint64_t>::max());
-               e.append(std::uint64_t{0}), e.append(std::uint32_t{4294967295U});
-             },
-             "18446744073709551615,0,4294967295"},
-        Case{"doubles",
-             [](Element& e) {
-               e.append(1605555555.123456), e.append(0.1), e.append(-0.0), e.append(1e300),
-                   e.append(5e-324), e.append(12.5);
-             },
-             "1605555555.123456,0.1,-0,1e+300,5e-324,12.5"},
-        Case{"widenedFloat", [](Element& e) { e.append(2.5F); }, "2.5"},
-        Case{"optionals",
-             [](Element& e) {
-               e.append(std::optional<double>(1.5)), e.append(std::optional<std::string>());
-             },
-             "1.5,null"}),
+    testing::Values(Case{"booleans", [](Element& e) { e.append(true), e.append(false); },
+                         "true,false"},
+                    Case{"flagsAsIntegers", [](Element& e) { e.append(1), e.append(0); }, "1,0"},
+                    Case{"signedLimits",
+                         [](Element& e) {
+                           e.append(std::numeric_limits<std::int64_t>::min());
+                           e.append(std::numeric_limits<std::int64_t>::max());
+                           e.append(-3), e.append(-128), e.append(128), e.append(-129);
+                         },
+                         "-9223372036854775808,9223372036854775807,-3,-128,128,-129"},
+                    Case{"unsignedLimits",
+                         [](Element& e) {
+                           e.append(std::numeric_limits<std::uint64_t>::max());
+                           e.append(std::uint64_t{0}), e.append(std::uint32_t{4294967295U});
+                         },
+                         "18446744073709551615,0,4294967295"},
+                    Case{"doubles",
+                         [](Element& e) {
+                           e.append(1605555555.123456), e.append(0.1), e.append(-0.0),
+                               e.append(1e300), e.append(5e-324), e.append(12.5);
+                         },
+                         "1605555555.123456,0.1,-0,1e+300,5e-324,12.5"},
+                    Case{"widenedFloat", [](Element& e) { e.append(2.5F); }, "2.5"},
+                    Case{"optionals",
+                         [](Element& e) {
+                           e.append(std::optional<double>(1.5)),
+                               e.append(std::optional<std::string>());
+                         },
+                         "1.5,null"}),
     [](const auto& test) { return test.param.name; });
 
 TEST(JsonWriter, DoublesReadBackToTheSameValue) {

@@ -75,7 +75,6 @@ INSTANTIATE_TEST_SUITE_P(
                         {data + "missing", data + "os-release-debian"}, "Debian GNU/Linux", "12"},
                     SystemCase{{data + "os-release-rolling"}, "Arch Linux", std::nullopt},
                     SystemCase{{data + "os-release-unnamed"}, "Linux", std::nullopt},
-                    SystemCase{{data + "missing"}, "Linux", std::nullopt},
                     SystemCase{{}, "Linux", std::nullopt}));
 
 struct ModelCase {
@@ -164,18 +163,6 @@ TEST(LinuxDeviceInfo, HomeFileSystemIsAbsentWhenHomeIsGone) {
   EXPECT_EQ(LinuxDeviceInfo("app").homeFileSystemSizes(), std::nullopt);
 }
 
-TEST(LinuxDeviceInfo, HomeFileSystemFallsBackToThePasswordDatabase) {
-  ScopedEnvironment home("HOME", "");
-  EXPECT_TRUE(LinuxDeviceInfo("app").homeFileSystemSizes());
-}
-
-TEST(LinuxDeviceInfo, PhysicalMemoryIsWhatSysconfCounts) {
-  const auto expected = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) *
-                        static_cast<std::uint64_t>(sysconf(_SC_PAGE_SIZE));
-  EXPECT_GT(expected, 0u);
-  EXPECT_EQ(LinuxDeviceInfo("app").physicalMemory(), expected);
-}
-
 TEST(LinuxDeviceInfo, LocaleAndTimeZoneAreIcusDefaults) {
   LinuxDeviceInfo device("app");
   const auto locale = device.currentLocale();
@@ -201,7 +188,6 @@ TEST(LinuxPlatform, LibraryBundleHoldsOnlyTheBuildsSdkIdentifier) {
   EXPECT_EQ(device.libraryBundleString("SDKIdentifier"), std::nullopt);
 #endif
   EXPECT_EQ(device.libraryBundleString("CFBundleIdentifier"), std::nullopt);
-  EXPECT_EQ(device.libraryBundleString(""), std::nullopt);
 }
 
 TEST(LinuxPlatform, StoresAreRestrictedEmptyAndRefused) {
@@ -232,7 +218,6 @@ TEST(LinuxPlatform, StoresAreRestrictedEmptyAndRefused) {
   ASSERT_TRUE(std::holds_alternative<std::vector<ContactGroup>>(groups));
   EXPECT_TRUE(std::get<std::vector<ContactGroup>>(groups).empty());
   EXPECT_TRUE(platform->events().calendars(EntityType::event).empty());
-  EXPECT_TRUE(platform->events().calendars(EntityType::reminder).empty());
   EXPECT_TRUE(platform->events().events(0, 4e9, {}).empty());
   std::optional<std::vector<Reminder>> reminders;
   platform->events().fetchReminders({}, [&](auto list) { reminders = std::move(list); });
@@ -259,13 +244,6 @@ TEST(SystemRandomSource, DrawsBelowTheBound) {
   for (const std::uint32_t bound : {2u, 7u, 360u, 0x80000001u, 0xFFFFFFFFu}) {
     for (int i = 0; i < 200; ++i) EXPECT_LT(random.uniform(bound), bound);
   }
-}
-
-TEST(SystemRandomSource, ReachesEveryValueOfASmallBound) {
-  SystemRandomSource random;
-  std::set<std::uint32_t> seen;
-  for (int i = 0; i < 1000 && seen.size() < 3; ++i) seen.insert(random.uniform(3));
-  EXPECT_EQ(seen, (std::set<std::uint32_t>{0, 1, 2}));
 }
 
 // With the bound 3 * 2^30, taking a 32-bit word modulo the bound would put half

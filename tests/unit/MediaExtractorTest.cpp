@@ -57,8 +57,6 @@ TEST_P(RefusedPhotoLibrary, EverySourceHoldsOnlyItsAccessDeniedEntry) {
 
 INSTANTIATE_TEST_SUITE_P(Statuses, RefusedPhotoLibrary,
                          testing::Values("photos-access-not-determined.json",
-                                         "photos-access-restricted.json",
-                                         "photos-access-denied.json",
                                          "photos-access-limited.json"));
 
 TEST(MediaExtractor, EmptyLibraryGivesEmptySections) {

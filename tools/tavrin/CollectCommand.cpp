@@ -1,5 +1,6 @@
 #include "Commands.hpp"
 
+#include "ProgressDisplay.hpp"
 #include "service/TavrinServiceCore.hpp"
 
 #include <tavrin/error.hpp>
@@ -27,10 +28,13 @@ struct CollectArguments {
   std::vector<std::string> resolve;
   double timeoutSeconds = 60.0;
   std::string datasetOut;
+  bool quiet = false;
 };
 
-ServiceOptions serviceOptions(const CollectArguments& arguments) {
+ServiceOptions serviceOptions(const CollectArguments& arguments,
+                              std::shared_ptr<CollectionObserver> observer) {
   ServiceOptions options;
+  options.observer = std::move(observer);
   options.platform = choosePlatform(arguments.profile);
   options.caFile = arguments.caFile;
   options.resolve = arguments.resolve;
@@ -54,26 +58,16 @@ int collect(const CollectArguments& arguments) {
     onDataset = [&path = arguments.datasetOut](std::string_view json) { writeDataset(path, json); };
   }
 
-  try {
-    TavrinServiceCore service(arguments.url, arguments.key, serviceOptions(arguments));
+  return runReportingFailure([&] {
+    // Progress goes to standard error; the display ends its last line when it
+    // goes, before the answer or the error is printed.
+    const auto progress = arguments.quiet ? nullptr : std::make_shared<ProgressDisplay>();
+    TavrinServiceCore service(arguments.url, arguments.key, serviceOptions(arguments, progress));
     const std::string answer = service.collectData(arguments.record, onDataset);
+    if (progress) progress->finish();
     std::cout << answer << '\n';
     return ExitCode::success;
-  } catch (const TavrinError& error) {
-    std::cerr << "error: " << errorTypeName(error.getErrorType());
-    if (error.getErrorMessage()) std::cerr << ": " << *error.getErrorMessage();
-    std::cerr << '\n';
-    return ExitCode::tavrinErrorBase + rawValue(error.getErrorType());
-  } catch (const JsonWriteError& error) {
-    std::cerr << "error: JsonWriteError: " << error.what() << '\n';
-    return ExitCode::jsonWrite;
-  } catch (const platform::DeviceProfileError& error) {
-    std::cerr << "error: " << error.what() << '\n';
-    return ExitCode::badProfile;
-  } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
-    return ExitCode::otherFailure;
-  }
+  });
 }
 
 }  // namespace
@@ -109,6 +103,8 @@ Command addCollectCommand(CLI::App& app) {
       ->check(CLI::Range(0.001, 1.0e6));
   options->add_option("--dataset-out", arguments->datasetOut,
                       "Also write the uploaded JSON document to this file");
+  options->add_flag("--quiet", arguments->quiet,
+                    "Show no progress on standard error, only the answer or the error");
   return {options, [arguments] { return collect(*arguments); }};
 }
 

@@ -23,6 +23,7 @@ constexpr int success = 0;
 constexpr int otherFailure = 1;  // anything else, e.g. an output file that cannot be written
 constexpr int usage = 2;
 constexpr int badProfile = 3;        // the device profile cannot be loaded
+constexpr int output = 4;            // the output cannot be written
 constexpr int tavrinErrorBase = 10;  // plus the error kind's raw value
 constexpr int jsonWrite = 20;
 }  // namespace ExitCode
@@ -31,7 +32,17 @@ constexpr int jsonWrite = 20;
 // Linux machine otherwise. Throws platform::DeviceProfileError.
 std::shared_ptr<platform::Platform> choosePlatform(const std::string& profilePath);
 
+// Runs `step` (a collection, or what leads to one) and returns its exit code;
+// when it throws, prints the failure as one line on standard error ("error:
+// KIND" or "error: KIND: MESSAGE" for a TavrinError) and returns the failure's
+// exit code.
+int runReportingFailure(const std::function<int()>& step);
+
 Command addCollectCommand(CLI::App& app);
 Command addDatasetCommand(CLI::App& app);
+Command addSandboxCommand(CLI::App& app);
+Command addInspectCommand(CLI::App& app);
+Command addDemoCommand(CLI::App& app);
+Command addProfileCommand(CLI::App& app);
 
 }  // namespace tavrin::tool

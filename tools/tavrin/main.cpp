@@ -7,8 +7,9 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
 
   const std::vector<tavrin::tool::Command> commands{
-      tavrin::tool::addCollectCommand(app),
-      tavrin::tool::addDatasetCommand(app),
+      tavrin::tool::addCollectCommand(app), tavrin::tool::addDatasetCommand(app),
+      tavrin::tool::addSandboxCommand(app), tavrin::tool::addInspectCommand(app),
+      tavrin::tool::addDemoCommand(app),    tavrin::tool::addProfileCommand(app),
   };
 
   try {

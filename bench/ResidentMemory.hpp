@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+
+namespace tavrin::bench {
+
+// The resident memory of this process as the kernel counts it: every page
+// touched, by the heap, by memory mappings and by libraries alike.
+class ResidentMemory {
+ public:
+  // Resident bytes now.
+  static std::size_t current();
+  // The highest resident bytes since the last resetPeak() (or the start).
+  static std::size_t peak();
+  // Starts a new peak from what is resident now. False where the kernel does
+  // not allow it; peak() then covers the whole life of the process.
+  static bool resetPeak();
+  // Gives the heap's free pages back to the kernel, so that a later peak is
+  // not hidden by memory freed earlier and reused.
+  static void releaseFreeHeap();
+};
+
+}  // namespace tavrin::bench

@@ -1,0 +1,10 @@
+#include <tavrin/observer.hpp>
+
+namespace tavrin {
+
+void CollectionObserver::sourceStarted(std::string_view) {}
+void CollectionObserver::sourceFinished(std::string_view, std::size_t, std::chrono::nanoseconds) {}
+void CollectionObserver::exchangeStarted(std::string_view) {}
+void CollectionObserver::exchangeFinished(std::string_view, const ExchangeOutcome&) {}
+
+}  // namespace tavrin

@@ -1,0 +1,64 @@
+// The service URL check and the hand-written matcher the fuzzer holds it
+// against, on the cases where a matcher is easiest to get wrong: what counts
+// as a word character, a digit or the end of the text. Both must give the
+// answer in the table.
+
+#include "HandWrittenUrlMatcher.hpp"
+
+#include "service/ServiceUrl.hpp"
+
+#include <gtest/gtest.h>
+
+namespace tavrin {
+namespace {
+
+struct UrlCase {
+  const char* name;
+  std::string url;
+  bool accepted;
+};
+
+class ServiceUrlAgreement : public ::testing::TestWithParam<UrlCase> {};
+
+TEST_P(ServiceUrlAgreement, BothMatchersGiveTheSameAnswer) {
+  static const testing::HandWrittenUrlMatcher matcher("tavrin");
+  const auto& c = GetParam();
+  EXPECT_EQ(isServiceUrl(c.url), c.accepted);
+  EXPECT_EQ(matcher.accepts(c.url), c.accepted);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ServiceUrlAgreement,
+    ::testing::Values(UrlCase{"plain", "https://api.tavrin.com", true},
+                      UrlCase{"port", "https://api.tavrin.com:8443", true},
+                      UrlCase{"colonsAndDigitsInAnyOrder", "https://api.tavrin.com::1:2", true},
+                      UrlCase{"textInFront", "see https://api.tavrin.com", true},
+                      UrlCase{"secondSchemeMatches", "https://x.other.com https://api.tavrin.com",
+                              true},
+                      UrlCase{"trailingSlash", "https://api.tavrin.com/", false},
+                      UrlCase{"twoLabels", "https://a.b.tavrin.com", false},
+                      UrlCase{"noLabel", "https://.tavrin.com", false},
+                      UrlCase{"plainScheme", "http://api.tavrin.com", false},
+                      UrlCase{"upperCase", "https://api.Tavrin.com", false},
+                      UrlCase{"hyphenAndUnderscore", "https://-_-.tavrin.com", true},
+                      UrlCase{"accentedLetter", "https://caf\u00e9.tavrin.com", true},
+                      UrlCase{"ideographs", "https://\u4e2d\u6587.tavrin.com", true},
+                      UrlCase{"combiningMark", "https://e\u0301.tavrin.com", true},
+                      UrlCase{"zeroWidthJoiner", "https://a\u200db.tavrin.com", true},
+                      UrlCase{"symbolIsNotAWordCharacter", "https://a\u00a9.tavrin.com", false},
+                      UrlCase{"arabicIndicDigitInPort", "https://api.tavrin.com:\u0663", true},
+                      UrlCase{"superscriptIsNotADigit", "https://api.tavrin.com:\u00b2", false},
+                      UrlCase{"lineFeedAtTheEnd", "https://api.tavrin.com\n", true},
+                      UrlCase{"crLfAtTheEnd", "https://api.tavrin.com:1\r\n", true},
+                      UrlCase{"lineSeparatorAtTheEnd", "https://api.tavrin.com\u2028", true},
+                      UrlCase{"nextLineAtTheEnd", "https://api.tavrin.com\u0085", true},
+                      UrlCase{"verticalTabAtTheEnd", "https://api.tavrin.com\v", true},
+                      UrlCase{"twoLineFeeds", "https://api.tavrin.com\n\n", false},
+                      UrlCase{"lineFeedThenText", "https://api.tavrin.com\nx", false},
+                      UrlCase{"nulAtTheEnd", std::string("https://api.tavrin.com\0", 23), false},
+                      UrlCase{"invalidUtf8InFront", "\xff\xfehttps://api.tavrin.com", true},
+                      UrlCase{"invalidUtf8InLabel", "https://a\xff.tavrin.com", false}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
+}  // namespace tavrin

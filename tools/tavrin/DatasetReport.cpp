@@ -1,0 +1,20 @@
+#include "DatasetReport.hpp"
+
+#include <cstdio>
+
+namespace tavrin::tool {
+
+void printDatasetReport(const sandbox::DecodedPayload& decoded) {
+  std::printf("payload: %zu bytes of base64, %zu bytes of DEFLATE, %zu bytes of JSON\n",
+              decoded.base64Size, decoded.deflateSize, decoded.jsonSize);
+  if (!decoded.sections.empty()) {
+    std::printf("%-20s %9s  %s\n", "section", "entries", "note");
+    for (const auto& section : decoded.sections) {
+      std::printf("%-20s %9zu  %s\n", section.name.c_str(), section.entries, section.note.c_str());
+    }
+  }
+  std::printf("verdict: %s\n",
+              decoded.valid() ? "valid" : ("invalid: " + *decoded.problem).c_str());
+}
+
+}  // namespace tavrin::tool

@@ -1,0 +1,100 @@
+#include "Commands.hpp"
+
+#include "DatasetReport.hpp"
+#include "EmbeddedProfile.hpp"
+#include "ProgressDisplay.hpp"
+#include "SandboxServer.hpp"
+#include "platform/profile/ProfilePlatform.hpp"
+
+#include <tavrin/error.hpp>
+#include <tavrin/service.hpp>
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+
+namespace tavrin::tool {
+
+namespace {
+
+struct DemoArguments {
+  std::string record = "demo-1";
+  std::string database = ":memory:";
+};
+
+constexpr const char* demoKey = "demo-key";
+
+// Prints the sizes and the verdict of what the sandbox kept for the record.
+bool showUpload(sandbox::SandboxServer& sandbox, const std::string& record) {
+  const auto upload = sandbox.store().find(record);
+  if (!upload) return false;
+  const auto& decoded = upload->decoded;
+  if (decoded.jsonSize != 0) {
+    std::printf(
+        "JSON %zu bytes -> DEFLATE %zu bytes (%.1f %%) -> base64 %zu bytes\n", decoded.jsonSize,
+        decoded.deflateSize,
+        100.0 * static_cast<double>(decoded.deflateSize) / static_cast<double>(decoded.jsonSize),
+        decoded.base64Size);
+  }
+  std::printf("What the sandbox received and checked:\n");
+  printDatasetReport(decoded);
+  std::fflush(stdout);
+  return decoded.valid();
+}
+
+int runDemo(const DemoArguments& arguments) {
+  return runReportingFailure([&] {
+    sandbox::SandboxOptions sandboxOptions;
+    sandboxOptions.database = arguments.database;
+    sandboxOptions.authKeys = {demoKey};
+    sandbox::SandboxServer sandbox(std::move(sandboxOptions));
+    sandbox.start();
+    std::printf("A sandbox scoring service listens on %s (TLS with a CA made just now).\n",
+                sandbox.url().c_str());
+    std::printf("Collecting record %s from a realistic iPhone (a built-in device profile)...\n",
+                arguments.record.c_str());
+    std::fflush(stdout);
+
+    ServiceOptions options;
+    options.platform = platform::ProfilePlatform::fromText(realisticPhoneProfile,
+                                                           "iphone-realistic.json (built in)");
+    options.caFile = sandbox.tlsFiles().authority.string();
+    options.resolve = {sandbox.resolve()};
+    options.requestTimeout = std::chrono::seconds(20);
+    const auto progress = std::make_shared<ProgressDisplay>();
+    options.observer = progress;
+
+    std::string answer;
+    try {
+      TavrinService service(sandbox.url(), demoKey, options);
+      answer = service.collectData(arguments.record);
+    } catch (const TavrinError&) {
+      // A refused upload is still kept by the sandbox, with the reason.
+      progress->finish();
+      showUpload(sandbox, arguments.record);
+      throw;
+    }
+    progress->finish();
+    std::printf("\nThe server answered: %s\n\n", answer.c_str());
+    return showUpload(sandbox, arguments.record) ? ExitCode::success : ExitCode::otherFailure;
+  });
+}
+
+}  // namespace
+
+// The project's main job in one command: a real collection from a built-in
+// phone, over real TLS, to a sandbox started in this process.
+Command addDemoCommand(CLI::App& app) {
+  auto* command = app.add_subcommand(
+      "demo",
+      "Start a sandbox scoring service in-process, collect a realistic iPhone's dataset through "
+      "the real transport and TLS, and show the progress, the answer, the sizes and the verdict");
+  auto arguments = std::make_shared<DemoArguments>();
+  command->add_option("--record", arguments->record, "Record number of the collection")
+      ->capture_default_str();
+  command->add_option("--db", arguments->database,
+                      "Keep the sandbox's uploads in this SQLite file (default: in memory)");
+  return {command, [arguments] { return runDemo(*arguments); }};
+}
+
+}  // namespace tavrin::tool
