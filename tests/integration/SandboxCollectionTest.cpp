@@ -185,6 +185,8 @@ struct LoginFault {
   std::optional<std::string> message;
 };
 
+void PrintTo(const LoginFault& fault, std::ostream* out) { *out << fault.name; }
+
 class FaultAtConstruction : public SandboxCollection,
                             public testing::WithParamInterface<LoginFault> {};
 

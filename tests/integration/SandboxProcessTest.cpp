@@ -2,15 +2,21 @@
 #include "SandboxFixture.hpp"
 #include "ToolProcess.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <pty.h>
+#include <spawn.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <functional>
 #include <sstream>
+
+extern char** environ;
 
 namespace tavrin::testing {
 namespace {
@@ -291,6 +297,47 @@ TEST(DemoCommand, CollectsTheBuiltInPhoneIntoASandboxAndShowsTheVerdict) {
   // Standard error is not a terminal here, so the progress comes as plain lines.
   EXPECT_NE(demo.errors.find("\nsource 1: "), std::string::npos) << demo.errors;
   EXPECT_NE(demo.errors.find("exchange upload: HTTP 200 in "), std::string::npos);
+}
+
+// Runs the tool with standard error on a pseudo-terminal, as a person at a
+// terminal sees it, and returns what reached that terminal.
+std::string errorsOnATerminal(const std::vector<std::string>& arguments) {
+  int terminal = -1, device = -1;
+  if (openpty(&terminal, &device, nullptr, nullptr, nullptr) != 0) return "no pseudo-terminal";
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, device, 2);
+  posix_spawn_file_actions_addclose(&actions, terminal);
+  std::vector<std::string> command{TAVRIN_TOOL_PATH};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (auto& argument : command) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(device);
+  std::string text;
+  char buffer[4096];
+  // Reading ends with an error once the child has exited and the terminal has no writer.
+  for (ssize_t size; spawned == 0 && (size = read(terminal, buffer, sizeof buffer)) > 0;) {
+    text.append(buffer, static_cast<std::size_t>(size));
+  }
+  close(terminal);
+  int status = 0;
+  if (spawned == 0) waitpid(pid, &status, 0);
+  return text;
+}
+
+TEST(DemoCommand, RewritesOneProgressLineOnATerminal) {
+  const std::string shown = errorsOnATerminal({"demo"});
+  // Every update returns to the start of the line and clears it; the finished
+  // line ends with a summary.
+  EXPECT_NE(shown.find("\r\033[Ksource 1: "), std::string::npos) << shown;
+  EXPECT_NE(shown.find("\r\033[Kexchange upload: HTTP 200 in "), std::string::npos);
+  EXPECT_NE(shown.find("\r\033[K13 sources ("), std::string::npos);
+  EXPECT_EQ(shown.find("\nsource "), std::string::npos) << "a progress line was not rewritten";
 }
 
 }  // namespace
