@@ -6,7 +6,7 @@ TSAN_BUILD ?= build-tsan
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test test-sanitize test-tsan bench fuzz deps build clean format
+.PHONY: demo test test-sanitize test-tsan bench fuzz package docs deps build clean format
 
 deps:
 	@./scripts/install-deps.sh
@@ -69,6 +69,22 @@ fuzz: deps
 	    || { tail -n 40 build-fuzz/$$name.log; exit 1; }; \
 	  tail -n 1 build-fuzz/$$name.log; \
 	done
+
+# The Debian packages tavrinsdk and tavrinsdk-dev, made from the build in
+# $(BUILD) (the one `make test` uses), into $(BUILD)/packages.
+package: build
+	@./scripts/install-deps.sh dpkg-dev file
+	@cd $(BUILD) && cpack --config CPackConfig.cmake >cpack.log 2>&1 || { cat cpack.log; exit 1; }
+	@ls $(BUILD)/packages/*.deb
+
+# The API reference of include/tavrin, into $(BUILD)/docs/html. Fails when a
+# public name has no documentation.
+VERSION := ${shell sed -n 's/^project(tavrinsdk VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt}
+docs:
+	@./scripts/install-deps.sh doxygen
+	@mkdir -p $(BUILD)/docs
+	@TAVRIN_DOCS_OUTPUT=$(BUILD)/docs TAVRIN_VERSION=$(VERSION) doxygen docs/Doxyfile
+	@echo "API reference: $(BUILD)/docs/html/index.html"
 
 format:
 	@clang-format -i $$(git ls-files '*.cpp' '*.hpp')

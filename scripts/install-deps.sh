@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages the build, the tests and the benchmarks need.
+# Installs the Debian 12 packages the build, the tests and the benchmarks need,
+# and the ones named as arguments (what a single make target needs besides:
+# dpkg-dev and file for `make package`, doxygen for `make docs`).
 # Idempotent: does nothing (and prints nothing) when every package is present.
 set -euo pipefail
 
@@ -10,6 +12,7 @@ packages=(
   nlohmann-json3-dev libcpp-httplib-dev libsqlite3-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev rapidjson-dev libdeflate-dev
   gzip xz-utils openssl ca-certificates python3 python3-jsonschema
+  "$@"
 )
 
 missing=()

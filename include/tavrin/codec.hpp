@@ -1,17 +1,18 @@
 #pragma once
 
-// Byte-buffer compression, the zlib and gzip containers, their checksums and
-// base64.
-//
-// Every operation here is a pure function of its arguments: it blocks its
-// caller only for the time it computes, may run on any thread, and never
-// throws except std::bad_alloc when memory runs out. A failure of any other
-// kind gives an absent result, never a partial one.
-//
-// Each byte operation takes a `const std::vector<std::uint8_t>&`. A C++20 host
-// also gets the same operation for `std::span<const std::uint8_t>`, so it can
-// pass bytes it does not hold in a vector without a copy; a C++17 host sees the
-// vector form only. Both forms give the same results.
+/// \file
+/// Byte-buffer compression, the zlib and gzip containers, their checksums and
+/// base64.
+///
+/// Every operation here is a pure function of its arguments: it blocks its
+/// caller only for the time it computes, may run on any thread, and never
+/// throws except std::bad_alloc when memory runs out. A failure of any other
+/// kind gives an absent result, never a partial one.
+///
+/// Each byte operation takes a `const std::vector<std::uint8_t>&`. A C++20 host
+/// also gets the same operation for `std::span<const std::uint8_t>`, so it can
+/// pass bytes it does not hold in a vector without a copy; a C++17 host sees the
+/// vector form only. Both forms give the same results.
 
 #include <tavrin/export.hpp>
 
@@ -115,7 +116,8 @@ TAVRIN_EXPORT std::string base64Encode(const std::vector<std::uint8_t>& input);
 TAVRIN_EXPORT std::optional<std::vector<std::uint8_t>> base64Decode(std::string_view text);
 
 #if __cplusplus >= 202002L
-// The same operations over a span of bytes (C++20 hosts only).
+///@{
+/// The same operation over a span of bytes (C++20 hosts only).
 TAVRIN_EXPORT std::optional<std::vector<std::uint8_t>> compress(std::span<const std::uint8_t> input,
                                                                 CompressionAlgorithm algorithm);
 TAVRIN_EXPORT std::optional<std::vector<std::uint8_t>> decompress(
@@ -130,6 +132,7 @@ TAVRIN_EXPORT std::optional<std::vector<std::uint8_t>> gunzip(std::span<const st
 TAVRIN_EXPORT Adler32 adler32(std::span<const std::uint8_t> input);
 TAVRIN_EXPORT Crc32 crc32(std::span<const std::uint8_t> input);
 TAVRIN_EXPORT std::string base64Encode(std::span<const std::uint8_t> input);
+///@}
 #endif
 
 }  // namespace tavrin

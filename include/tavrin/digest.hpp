@@ -1,7 +1,8 @@
 #pragma once
 
-// MD5 message digests (RFC 1321). Pure functions and an immutable value: they
-// block only while they compute, may run on any thread and never fail.
+/// \file
+/// MD5 message digests (RFC 1321). Pure functions and an immutable value: they
+/// block only while they compute, may run on any thread and never fail.
 
 #include <tavrin/export.hpp>
 

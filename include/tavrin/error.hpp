@@ -48,6 +48,7 @@ class TAVRIN_EXPORT TavrinError : public std::exception {
 /// Thrown by a collection run when the dataset cannot be written as JSON (a
 /// number that is not finite or a text that is not valid UTF-8). It is not a
 /// TavrinError and reaches the host unwrapped; no partial output exists.
+/// Immutable; safe to copy and to read from any thread.
 class TAVRIN_EXPORT JsonWriteError : public std::exception {
  public:
   /// Makes the error with a reason for people.

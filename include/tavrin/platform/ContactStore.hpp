@@ -21,7 +21,10 @@ struct LabeledValue {
 
 /// A postal address; texts are empty when not set.
 struct PostalAddress {
+  ///@{
+  /// The address lines, as entered.
   std::string street, city, state, postalCode;
+  ///@}
   std::string country;                ///< As entered.
   std::string isoCountryCode;         ///< As entered.
   std::string subAdministrativeArea;  ///< Offered from system 10.3 on.
@@ -30,37 +33,44 @@ struct PostalAddress {
 
 /// A social-network profile; texts are empty when not set.
 struct SocialProfile {
+  ///@{
+  /// The profile's fields, as entered; `service` names the network.
   std::string urlString, username, userIdentifier, service;
+  ///@}
 };
 
 /// An instant-messaging address; texts are empty when not set.
 struct InstantMessageAddress {
-  std::string username, service;
+  std::string username;  ///< The user's name on the service.
+  std::string service;   ///< The messaging service, for example "Skype".
 };
 
 /// One address-book contact. Texts are empty when not set, never absent.
 struct Contact {
-  std::string identifier;
+  std::string identifier;                      ///< Unique within the store.
   std::optional<double> birthday;              ///< Resolved instant, seconds since 1970.
   std::optional<double> nonGregorianBirthday;  ///< Resolved instant, seconds since 1970.
   std::int64_t contactType = 0;                ///< 0 person, 1 organization (raw value).
+  ///@{
+  /// The name, organization and note fields, as entered.
   std::string givenName, middleName, familyName, previousFamilyName, nameSuffix, namePrefix,
-      nickname, phoneticGivenName, phoneticMiddleName, phoneticFamilyName,
-      phoneticOrganizationName, organizationName, departmentName, jobTitle, note;
-  bool imageDataAvailable = false;
-  std::vector<LabeledValue<SocialProfile>> socialProfiles;
-  std::vector<LabeledValue<std::string>> phoneNumbers;      ///< The numbers' string values.
-  std::vector<LabeledValue<std::string>> urlAddresses;
-  std::vector<LabeledValue<PostalAddress>> postalAddresses;
-  std::vector<LabeledValue<std::string>> emailAddresses;
-  std::vector<LabeledValue<std::string>> contactRelations;  ///< The related persons' names.
-  std::vector<LabeledValue<InstantMessageAddress>> instantMessageAddresses;
+      nickname, phoneticGivenName, phoneticMiddleName, phoneticFamilyName, phoneticOrganizationName,
+      organizationName, departmentName, jobTitle, note;
+  ///@}
+  bool imageDataAvailable = false;                           ///< The contact has a picture.
+  std::vector<LabeledValue<SocialProfile>> socialProfiles;   ///< Social-network profiles.
+  std::vector<LabeledValue<std::string>> phoneNumbers;       ///< The numbers' string values.
+  std::vector<LabeledValue<std::string>> urlAddresses;       ///< Web addresses.
+  std::vector<LabeledValue<PostalAddress>> postalAddresses;  ///< Postal addresses.
+  std::vector<LabeledValue<std::string>> emailAddresses;     ///< E-mail addresses.
+  std::vector<LabeledValue<std::string>> contactRelations;   ///< The related persons' names.
+  std::vector<LabeledValue<InstantMessageAddress>> instantMessageAddresses;  ///< Messaging IDs.
 };
 
 /// A contact group.
 struct ContactGroup {
-  std::string identifier;
-  std::string name;
+  std::string identifier;  ///< Unique within the store.
+  std::string name;        ///< As entered.
 };
 
 /// The address book. Calls answer on the calling thread unless stated otherwise.

@@ -66,10 +66,10 @@ class DeviceInfo {
   /// The `machine` field of `uname`: 256 bytes, zero-padded.
   virtual std::array<std::uint8_t, 256> machine() = 0;
 
-  virtual bool isBatteryMonitoringEnabled() = 0;                   ///< Battery monitoring on.
-  virtual bool isProximityMonitoringEnabled() = 0;                 ///< Proximity monitoring on.
+  virtual bool isBatteryMonitoringEnabled() = 0;                  ///< Battery monitoring on.
+  virtual bool isProximityMonitoringEnabled() = 0;                ///< Proximity monitoring on.
   virtual bool isGeneratingDeviceOrientationNotifications() = 0;  ///< Orientation events on.
-  virtual bool proximityState() = 0;            ///< The proximity sensor is close to the user.
+  virtual bool proximityState() = 0;           ///< The proximity sensor is close to the user.
   virtual bool isMultitaskingSupported() = 0;  ///< The system supports multitasking.
 
   /// Sizes of the home directory's file system, or absent when the query fails.

@@ -7,10 +7,14 @@ class LocationServices {
  public:
   virtual ~LocationServices() = default;
 
-  virtual bool significantLocationChangeMonitoringAvailable() = 0;  ///< Significant-change monitoring.
-  virtual bool headingAvailable() = 0;           ///< A compass heading can be reported.
-  virtual bool isRangingAvailable() = 0;         ///< Beacons can be ranged.
-  virtual bool locationServicesEnabled() = 0;   ///< Location services are on system-wide.
+  /// Significant location changes can be monitored.
+  virtual bool significantLocationChangeMonitoringAvailable() = 0;
+  /// A compass heading can be reported.
+  virtual bool headingAvailable() = 0;
+  /// Beacons can be ranged.
+  virtual bool isRangingAvailable() = 0;
+  /// Location services are on system-wide.
+  virtual bool locationServicesEnabled() = 0;
 };
 
 }  // namespace tavrin::platform

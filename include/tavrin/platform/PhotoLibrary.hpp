@@ -10,39 +10,43 @@ namespace tavrin::platform {
 
 /// A position in decimal degrees.
 struct Coordinate {
-  double latitude = 0;
-  double longitude = 0;
+  double latitude = 0;   ///< North positive, -90 to 90.
+  double longitude = 0;  ///< East positive, -180 to 180.
 };
 
 /// Media types of the photo library (raw values).
 namespace MediaType {
-constexpr std::int64_t unknown = 0;
-constexpr std::int64_t image = 1;
-constexpr std::int64_t video = 2;
-constexpr std::int64_t audio = 3;
+constexpr std::int64_t unknown = 0;  ///< Neither image, video nor audio.
+constexpr std::int64_t image = 1;    ///< Still images.
+constexpr std::int64_t video = 2;    ///< Videos.
+constexpr std::int64_t audio = 3;    ///< Audio recordings.
 }  // namespace MediaType
 
 /// One asset of the photo library. Dates are seconds since 1970.
 struct Asset {
-  std::string localIdentifier;
-  std::int64_t mediaType = 0;        ///< Raw value.
-  std::uint64_t mediaSubtypes = 0;   ///< Raw option set.
-  std::uint64_t sourceType = 0;      ///< Raw option set.
-  std::int64_t pixelWidth = 0, pixelHeight = 0;
-  std::optional<double> creationDate, modificationDate;
-  std::optional<Coordinate> location;
-  double duration = 0;  ///< Seconds.
-  bool isFavorite = false, isHidden = false;
+  std::string localIdentifier;             ///< Unique within the library.
+  std::int64_t mediaType = 0;              ///< Raw value.
+  std::uint64_t mediaSubtypes = 0;         ///< Raw option set.
+  std::uint64_t sourceType = 0;            ///< Raw option set.
+  std::int64_t pixelWidth = 0;             ///< Width in pixels.
+  std::int64_t pixelHeight = 0;            ///< Height in pixels.
+  std::optional<double> creationDate;      ///< When it was taken; absent when unknown.
+  std::optional<double> modificationDate;  ///< When it was last changed; absent when unknown.
+  std::optional<Coordinate> location;      ///< Where it was taken; absent when unknown.
+  double duration = 0;                     ///< Seconds; 0 for still images.
+  bool isFavorite = false;                 ///< Marked as a favourite.
+  bool isHidden = false;                   ///< Hidden from the library's main views.
 };
 
 /// An album, smart album or moment.
 struct AssetCollection {
-  std::string localIdentifier;
+  std::string localIdentifier;              ///< Unique within the library.
   std::int64_t assetCollectionType = 0;     ///< 1 album, 2 smart album, 3 moment (raw value).
   std::int64_t assetCollectionSubtype = 0;  ///< Raw value.
-  std::optional<double> startDate, endDate;
-  std::optional<Coordinate> approximateLocation;
-  std::vector<std::string> localizedLocationNames;
+  std::optional<double> startDate;          ///< Its earliest asset's date; absent when unknown.
+  std::optional<double> endDate;            ///< Its latest asset's date; absent when unknown.
+  std::optional<Coordinate> approximateLocation;    ///< A moment's place; absent when unknown.
+  std::vector<std::string> localizedLocationNames;  ///< Names of a moment's places.
 };
 
 /// The photo library. Calls answer on the calling thread unless stated otherwise.

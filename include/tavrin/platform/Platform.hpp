@@ -19,7 +19,9 @@ namespace tavrin::platform {
 /// Everything the library asks of the device it runs on. A host implements it
 /// for its operating system, or uses one the library ships. The references
 /// returned stay valid for the platform's lifetime. A platform is used by one
-/// collection at a time.
+/// collection at a time, and its ports are called on the thread that runs the
+/// collection. Ports report failure only through the values they return (absent,
+/// PlatformError, a status) and must not throw.
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -36,6 +38,8 @@ class Platform {
 
 /// The platform of the Linux machine the library runs on. `applicationIdentifier`
 /// names the host application for its vendor identifier; empty: the executable's name.
+/// Reads a few small system files (os-release, machine-id) before it returns; may be
+/// called on any thread; throws nothing but std::bad_alloc.
 TAVRIN_EXPORT std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier = {});
 
 /// Why a device profile could not be loaded: the file, the JSON pointer of the
@@ -44,17 +48,21 @@ class TAVRIN_EXPORT DeviceProfileError : public std::runtime_error {
  public:
   /// Makes the error; what() reads "FILE: POINTER: REASON".
   DeviceProfileError(std::string file, std::string pointer, std::string reason);
-  const std::string& file() const noexcept { return _file; }        ///< The profile's path.
-  const std::string& pointer() const noexcept { return _pointer; }  ///< JSON pointer, e.g. "/contacts/3/birthday".
-  const std::string& reason() const noexcept { return _reason; }    ///< What is wrong there.
+  /// The profile's path.
+  const std::string& file() const noexcept { return _file; }
+  /// The JSON pointer of the offending value, for example "/contacts/3/birthday".
+  const std::string& pointer() const noexcept { return _pointer; }
+  /// What is wrong there.
+  const std::string& reason() const noexcept { return _reason; }
 
  private:
   std::string _file, _pointer, _reason;
 };
 
 /// A platform read from a device-profile file (a whole phone described in JSON).
-/// Blocks while it reads the file. Throws DeviceProfileError when the file cannot
-/// be read or the profile is malformed; it never half-loads.
+/// Blocks while it reads the file; may be called on any thread. Throws
+/// DeviceProfileError when the file cannot be read or the profile is malformed;
+/// it never half-loads.
 TAVRIN_EXPORT std::shared_ptr<Platform> loadDeviceProfile(const std::string& path);
 
 }  // namespace tavrin::platform

@@ -1,0 +1,48 @@
+# The Debian packages of `make package` (cpack -G DEB in the build directory):
+#   tavrinsdk      the shared library and the tavrin tool
+#   tavrinsdk-dev  headers, static library, CMake package, pkg-config file
+# Runtime dependencies are read from the binaries by dpkg-shlibdeps (dpkg-dev).
+set(TAVRIN_PACKAGE_MAINTAINER "tavrinsdk maintainers <tavrinsdk@localhost>" CACHE STRING
+  "The Maintainer field of the Debian packages")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tavrinsdk)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "${TAVRIN_PACKAGE_MAINTAINER}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL runtime dev)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${TAVRIN_PACKAGE_MAINTAINER}")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# A shlibs file (and the ldconfig trigger) for the library: programs built
+# against 1.x.y need at least 1.x.y.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME tavrinsdk)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME tavrinsdk-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+# The static library, its CMake package and the pkg-config file's
+# Requires.private name these libraries' development files.
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
+  "zlib1g-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev")
+
+include(CPack)
+cpack_add_component(runtime
+  DISPLAY_NAME "tavrinsdk"
+  DESCRIPTION "the shape of a device's data, for a scoring service
+The shared library libtavrinsdk.so.${PROJECT_VERSION_MAJOR}, which collects the shape of
+what a device holds and sends it to a scoring service, and the tavrin
+command-line tool with the sandbox scoring service.")
+cpack_add_component(dev
+  DISPLAY_NAME "tavrinsdk development files"
+  DESCRIPTION "development files of tavrinsdk
+The public C++17 headers, the static library, the CMake package
+(find_package(tavrinsdk CONFIG)) and the pkg-config file (tavrinsdk.pc)."
+  DEPENDS runtime)

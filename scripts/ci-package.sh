@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# CI: the Debian packages as a host application meets them. Builds them from
+# the build `make test` made, unpacks both into a scratch root, checks what they
+# hold and declare and what the installed library exports, builds
+# examples/host against the unpacked files three ways (CMake with the shared
+# library, CMake with the static library, make with pkg-config), and runs each
+# build against the packaged `tavrin sandbox`.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source=$PWD
+build=${BUILD:-build}
+
+make --no-print-directory package BUILD="$build"
+
+scratch=$(mktemp -d "${TMPDIR:-/tmp}/tavrin-package.XXXXXX")
+sandbox_pid=
+cleanup() {
+  if [[ -n $sandbox_pid ]]; then kill -TERM "$sandbox_pid" 2>/dev/null || true; fi
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+fail() {
+  echo "ci-package: $*" >&2
+  exit 1
+}
+
+# --- The packages: names, dependencies, contents --------------------------------
+version=$(sed -n 's/^project(tavrinsdk VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+arch=$(dpkg --print-architecture)
+runtime_deb=$build/packages/tavrinsdk_${version}_${arch}.deb
+dev_deb=$build/packages/tavrinsdk-dev_${version}_${arch}.deb
+[[ -f $runtime_deb && -f $dev_deb ]] || fail "expected $runtime_deb and $dev_deb"
+
+runtime_depends=$(dpkg-deb --field "$runtime_deb" Depends)
+dev_depends=$(dpkg-deb --field "$dev_deb" Depends)
+echo "tavrinsdk depends: $runtime_depends"
+echo "tavrinsdk-dev depends: $dev_depends"
+# What dpkg-shlibdeps reads from the library and the tool.
+for package in libc6 libstdc++6 libcurl4 libicu zlib1g liblzma5 liblz4-1 libssl3 libsqlite3-0; do
+  [[ $runtime_depends == *"$package"* ]] || fail "tavrinsdk does not depend on $package"
+done
+[[ $dev_depends == *"tavrinsdk (= $version)"* ]] || fail "tavrinsdk-dev does not depend on tavrinsdk (= $version)"
+dpkg-deb --ctrl-tarfile "$runtime_deb" | tar -t | grep -qx './shlibs' || fail "tavrinsdk has no shlibs file"
+
+# Nothing but the library, the tool and the public interface is installed.
+unexpected=$(
+  { dpkg-deb --contents "$runtime_deb"; dpkg-deb --contents "$dev_deb"; } |
+    awk '{print $6}' | grep -v '/$' |
+    grep -Ev '^\./usr/(bin/tavrin|lib/libtavrinsdk\.(so(\.[0-9.]+)?|a)|include/tavrin/.+\.hpp|lib/cmake/tavrinsdk/tavrinsdk-[a-z-]+\.cmake|lib/pkgconfig/tavrinsdk\.pc|share/doc/.*)$' ||
+    true)
+[[ -z $unexpected ]] || fail "unexpected files in the packages:"$'\n'"$unexpected"
+
+root=$scratch/root
+dpkg -x "$runtime_deb" "$root"
+dpkg -x "$dev_deb" "$root"
+prefix=$root/usr
+library=$(readlink -f "$prefix/lib/libtavrinsdk.so")
+cmake -DLIBRARY="$library" -DHEADERS="$prefix/include" -DSONAME="libtavrinsdk.so.${version%%.*}" \
+  -P cmake/CheckExports.cmake
+
+# --- The example host, built against the unpacked files --------------------------
+host_shared=$scratch/cmake-shared/tavrin-host
+host_static=$scratch/cmake-static/tavrin-host
+host_pkgconfig=$scratch/pkg-config/tavrin-host
+cmake -S examples/host -B "$scratch/cmake-shared" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$scratch/cmake-shared"
+cmake -S examples/host -B "$scratch/cmake-static" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+  -DTAVRIN_HOST_STATIC=ON >/dev/null
+cmake --build "$scratch/cmake-static"
+# The .pc file names /usr; --define-prefix moves its paths to where it was found.
+mkdir -p "$scratch/pkg-config"
+PKG_CONFIG_PATH=$prefix/lib/pkgconfig \
+  make --no-print-directory -C examples/host OUT="$scratch/pkg-config" \
+  PKG_CONFIG="pkg-config --define-prefix"
+static_libs=$(PKG_CONFIG_PATH=$prefix/lib/pkgconfig pkg-config --define-prefix --static --libs tavrinsdk)
+[[ $static_libs == *-lcurl* && $static_libs == *-licuuc* ]] ||
+  fail "pkg-config --static gives no private libraries: $static_libs"
+
+# The shared builds load the unpacked library; the static one needs none.
+export LD_LIBRARY_PATH=$prefix/lib
+for host in "$host_shared" "$host_pkgconfig"; do
+  ldd "$host" | grep -q "libtavrinsdk.so.${version%%.*} => $prefix/lib/" ||
+    fail "$host does not load $prefix/lib/libtavrinsdk.so"
+done
+if readelf -d "$host_static" | grep -q 'NEEDED.*libtavrinsdk'; then
+  fail "$host_static needs the shared library"
+fi
+
+# --- The hosts against the packaged sandbox --------------------------------------
+coproc sandbox { exec "$prefix/bin/tavrin" sandbox --port 0 --db "$scratch/uploads.db" 2>"$scratch/sandbox.log"; }
+sandbox_pid=$sandbox_PID
+ready=
+read -r -t 60 ready <&"${sandbox[0]}" || true
+[[ $ready == "sandbox ready: "* ]] || { cat "$scratch/sandbox.log" >&2; fail "the sandbox did not start"; }
+read -r -a service <<<"${ready#sandbox ready: }"  # --url U --resolve R --ca-file C
+profile=$source/examples/profiles/iphone-realistic.json
+
+for variant in shared static pkgconfig; do
+  host_var=host_$variant
+  record="host-$variant-1"
+  answer=$("${!host_var}" "${service[@]}" --key sandbox-key --record "$record" --profile "$profile") ||
+    { cat "$scratch/sandbox.log" >&2; fail "the $variant host failed"; }
+  echo "$variant host: $answer"
+  [[ $answer == *"$record"* ]] || fail "the $variant host's answer does not name $record"
+done
+
+# A refusal crosses the shared library as a TavrinError the host catches by type.
+status=0
+"$host_shared" "${service[@]}" --key wrong-key --record host-refused --profile "$profile" \
+  2>"$scratch/refused.log" || status=$?
+[[ $status == 1 ]] && grep -q '^tavrin-host: TavrinError\.' "$scratch/refused.log" ||
+  fail "a wrong key gave status $status: $(cat "$scratch/refused.log")"
+echo "refused: $(cat "$scratch/refused.log")"
+
+kill -TERM "$sandbox_pid"
+wait "$sandbox_pid" || fail "the sandbox did not stop cleanly"
+sandbox_pid=
+echo "ci-package: packages, exports and the example host are fine"
