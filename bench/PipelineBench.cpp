@@ -20,6 +20,7 @@
 #include "codec/ZlibStream.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 #include "service/TavrinServiceCore.hpp"
+#include "service/releaseFreedHeap.hpp"
 
 #include <tavrin/codec.hpp>
 
@@ -34,7 +35,6 @@
 #include <iomanip>
 #include <map>
 #include <memory>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -77,12 +77,8 @@ struct RunFigures {
 // boundary ends a stage with its time and its peak memory and starts the next.
 class StageRecorder final : public CollectionObserver {
  public:
-  // `trimAfterSources`: an experiment, not what the library does. Hands the
-  // heap freed during extraction back to the system before the JSON is written.
-  explicit StageRecorder(bool trimAfterSources) : _trimAfterSources(trimAfterSources) {}
-
   void begin() {
-    bench::ResidentMemory::releaseFreeHeap();
+    releaseFreedHeap();
     baselineResident = bench::ResidentMemory::current();
     _baselineHeap = bench::AllocationCounter::current();
     bench::ResidentMemory::resetPeak();
@@ -102,7 +98,6 @@ class StageRecorder final : public CollectionObserver {
 
   void sourceFinished(std::string_view name, std::size_t, std::chrono::nanoseconds) override {
     endStage(std::string(name));
-    if (_trimAfterSources && name == "Permissions") bench::ResidentMemory::releaseFreeHeap();
   }
   void exchangeStarted(std::string_view name) override {
     if (name == "check") endStage("permissions");
@@ -118,14 +113,12 @@ class StageRecorder final : public CollectionObserver {
  private:
   bench::StageClock _clock;
   std::size_t _baselineHeap = 0;
-  bool _trimAfterSources;
 };
 
 // The same preset's JSON, made offline in this process for the references.
 struct PresetData {
   RunFigures run;
   std::vector<std::uint8_t> json;
-  std::optional<RunFigures> trimmed;  // the experiment of returning freed heap (large only)
 };
 
 // The JSON text lives in a memory mapping of its own, not on the heap, from
@@ -157,8 +150,7 @@ sandbox::SandboxServer& sandboxServer() {
 
 // Runs one collection of the phone in a child process and reads its figures
 // back through a pipe, one "stage" line per stage and "key value" lines.
-RunFigures collectInChild(const platform::DeviceProfile& profile, const std::string& record,
-                          bool trimAfterSources = false) {
+RunFigures collectInChild(const platform::DeviceProfile& profile, const std::string& record) {
   auto& server = sandboxServer();
   int channel[2];
   if (pipe(channel) != 0) throw std::runtime_error("no pipe");
@@ -168,7 +160,7 @@ RunFigures collectInChild(const platform::DeviceProfile& profile, const std::str
     std::ostringstream out;
     out.precision(17);
     try {
-      auto recorder = std::make_shared<StageRecorder>(trimAfterSources);
+      auto recorder = std::make_shared<StageRecorder>();
       ServiceOptions options;
       options.platform = std::make_shared<platform::ProfilePlatform>(profile);
       options.caFile = server.tlsFiles().authority.string();
@@ -335,15 +327,6 @@ void publish() {
           static_cast<double>(run.uploadExtraHeap) / static_cast<double>(run.base64Bytes);
       const double liveRatio =
           static_cast<double>(run.peakLive) / static_cast<double>(run.jsonBytes);
-      if (data.trimmed) {
-        const auto& t = *data.trimmed;
-        out << "Experiment, not what the library does: the same run with the heap freed during "
-               "extraction handed back to the system (malloc_trim) before the JSON is written. "
-            << std::setprecision(2) << "Peak resident memory " << megabytes(t.peakAboveBaseline)
-            << " MB, "
-            << static_cast<double>(t.peakAboveBaseline) / static_cast<double>(t.jsonBytes)
-            << " times the JSON.\n\n";
-      }
       out << "Targets on this preset:\n\n| target | measured | held |\n|---|---:|---|\n"
           << std::setprecision(2) << "| peak memory at most 2.5 times the JSON: resident | "
           << ratio << " times | " << (ratio <= 2.5 ? "yes" : "**no**") << " |\n"
@@ -404,23 +387,6 @@ void BM_WholeRun(benchmark::State& state) {
   publish();
 }
 BENCHMARK(BM_WholeRun)->DenseRange(0, 2)->Iterations(1)->Unit(benchmark::kMillisecond);
-
-// The large run again with the heap freed during extraction handed back to the
-// system before the JSON is written: how much of the resident peak is memory
-// the allocator keeps rather than memory the run holds.
-void BM_WholeRunReturningFreedHeap(benchmark::State& state) {
-  const auto preset = presets[state.range(0)];
-  const auto profile = tool::ProfileGenerator(phoneOptions(preset)).generate();
-  RunFigures run;
-  for (auto _ : state) {
-    run = collectInChild(profile, "bench-trimmed-" + std::to_string(getpid()), true);
-  }
-  state.counters["peak/json"] = static_cast<double>(run.peakAboveBaseline) /
-                                static_cast<double>(std::max<std::size_t>(run.jsonBytes, 1));
-  presetData()[preset].trimmed = std::move(run);
-  publish();
-}
-BENCHMARK(BM_WholeRunReturningFreedHeap)->Arg(2)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 const std::vector<std::uint8_t>& presetJson(benchmark::State& state) {
   const auto preset = presets[state.range(0)];

@@ -1,7 +1,5 @@
 #include "ResidentMemory.hpp"
 
-#include <malloc.h>
-
 #include <fstream>
 #include <string>
 
@@ -37,7 +35,5 @@ bool ResidentMemory::resetPeak() {
   clear.flush();
   return static_cast<bool>(clear);
 }
-
-void ResidentMemory::releaseFreeHeap() { malloc_trim(0); }
 
 }  // namespace tavrin::bench

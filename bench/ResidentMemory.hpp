@@ -15,9 +15,6 @@ class ResidentMemory {
   // Starts a new peak from what is resident now. False where the kernel does
   // not allow it; peak() then covers the whole life of the process.
   static bool resetPeak();
-  // Gives the heap's free pages back to the kernel, so that a later peak is
-  // not hidden by memory freed earlier and reused.
-  static void releaseFreeHeap();
 };
 
 }  // namespace tavrin::bench

@@ -5,6 +5,7 @@
 #include "net/CurlTransport.hpp"
 #include "service/ServiceUrl.hpp"
 #include "service/StatusResource.hpp"
+#include "service/releaseFreedHeap.hpp"
 
 #include <tavrin/codec.hpp>
 
@@ -48,7 +49,11 @@ std::string TavrinServiceCore::collectData(const std::string& recordNumber,
 }
 
 std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) {
-  const MappedBuffer json = writeJson(dataExtractorManager.extractData());
+  const MappedBuffer json = [&] {
+    const DatasetDocument document = dataExtractorManager.extractData();
+    releaseFreedHeap();
+    return writeJson(document);
+  }();
   if (onDataset) onDataset(json.view());
 
   const auto compressed = compress(json.bytes(), CompressionAlgorithm::zlib);
