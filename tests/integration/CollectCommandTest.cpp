@@ -1,10 +1,11 @@
-#include "RunProcess.hpp"
+// `tavrin collect` run as a process against the test server: what it prints,
+// the files it writes and its exit codes.
 #include "TlsTestBed.hpp"
+#include "ToolProcess.hpp"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 namespace tavrin {
 namespace {
@@ -13,54 +14,39 @@ using namespace testing_support;
 
 class CollectCommand : public testing::Test {
  protected:
-  // `tavrin collect` against the test server, with the test CA and profile;
-  // without progress lines unless asked for.
-  ProcessResult collect(std::vector<std::string> extra = {}, bool quiet = true) {
-    std::vector<std::string> arguments{"collect",
-                                       "--url",
-                                       bed.server.url(),
-                                       "--key",
-                                       "key-1",
-                                       "--record",
-                                       "r-1",
-                                       "--profile",
-                                       testing_support::collectionProfile,
-                                       "--resolve",
-                                       bed.server.resolveEntry(),
-                                       "--timeout",
-                                       "10"};
+  // `tavrin collect` against the test server, with the test profile; without
+  // progress lines unless asked for, and trusting the test CA unless told not to.
+  ToolRun collect(std::vector<std::string> extra = {}, bool quiet = true, bool trust = true) {
+    std::vector<std::string> arguments{"collect",  "--url", bed.server.url(), "--key", "key-1",
+                                       "--record", "r-1"};
+    arguments.insert(arguments.end(), {"--profile", collectionProfile, "--resolve",
+                                       bed.server.resolveEntry(), "--timeout", "10"});
     arguments.insert(arguments.end(), extra.begin(), extra.end());
     if (quiet) arguments.push_back("--quiet");
-    return run(arguments);
+    if (trust) arguments.insert(arguments.end(), {"--ca-file", bed.tls.authority.string()});
+    return runTool(arguments);
   }
-  ProcessResult run(const std::vector<std::string>& arguments) {
-    return testing_support::runProcess(TAVRIN_TOOL_PATH, arguments, bed.directory.path());
-  }
-  std::string caFileArgument() const { return bed.caFile.string(); }
 
   TlsTestBed bed;
 };
 
 TEST_F(CollectCommand, PrintsTheServersAnswerAndWritesTheUploadedDocument) {
-  const auto datasetFile = bed.directory.path() / "dataset.json";
-  const ProcessResult result =
-      collect({"--ca-file", caFileArgument(), "--dataset-out", datasetFile.string()});
+  const auto datasetFile = bed.directory / "dataset.json";
+  const ToolRun result = collect({"--dataset-out", datasetFile.string()});
 
-  EXPECT_EQ(result.exitCode, 0) << result.standardError;
-  EXPECT_EQ(result.standardOutput, "received\n");
-  EXPECT_EQ(result.standardError, "");
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output, "received\n");
+  EXPECT_EQ(result.errors, "");
   const auto requests = bed.server.received();
   ASSERT_EQ(requests.size(), 3u);
-  std::ifstream file(datasetFile, std::ios::binary);
-  const std::string written{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  EXPECT_EQ(written, testing_support::uploadedDocument(requests[2]));
+  EXPECT_EQ(readFile(datasetFile), uploadedDocument(requests[2]));
 }
 
 TEST_F(CollectCommand, ShowsEachSourceAndExchangeAsAPlainLineWhenNotOnATerminal) {
-  const ProcessResult result = collect({"--ca-file", caFileArgument()}, false);
-  EXPECT_EQ(result.exitCode, 0) << result.standardError;
-  EXPECT_EQ(result.standardOutput, "received\n");
-  const std::string& lines = result.standardError;
+  const ToolRun result = collect({}, false);
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.output, "received\n");
+  const std::string& lines = result.errors;
   const auto at = [&lines](const std::string& text) {
     const auto found = lines.find(text);
     EXPECT_NE(found, std::string::npos) << text << " in\n" << lines;
@@ -75,75 +61,58 @@ TEST_F(CollectCommand, ShowsEachSourceAndExchangeAsAPlainLineWhenNotOnATerminal)
 
   // A refused exchange is shown as refused, and the error still ends the output.
   bed.server.script(TestServer::checkPath, {403, ""});
-  const ProcessResult refused = collect({"--ca-file", caFileArgument()}, false);
+  const ToolRun refused = collect({}, false);
   EXPECT_EQ(refused.exitCode, 12);
-  EXPECT_NE(refused.standardError.find("exchange check: HTTP 403, refused in "), std::string::npos);
-  EXPECT_TRUE(refused.standardError.ends_with("\nerror: accessDenied: 403\n"))
-      << refused.standardError;
+  EXPECT_NE(refused.errors.find("exchange check: HTTP 403, refused in "), std::string::npos);
+  EXPECT_TRUE(refused.errors.ends_with("\nerror: accessDenied: 403\n")) << refused.errors;
 }
 
 struct ToolFailure {
   const char* name;
-  std::string path;  // the exchange that fails, or empty for none
-  testing_support::ScriptedAnswer answer;
-  bool trustTheServer;
+  const char* path;  // the exchange that fails; none: the server is not trusted
+  int status;
+  const char* body;
   int exitCode;
-  std::string standardError;
+  std::string errors;
 };
 
 class CollectCommandFailure : public CollectCommand,
                               public testing::WithParamInterface<ToolFailure> {};
 
 TEST_P(CollectCommandFailure, ExitsWithTheKindAndSaysWhy) {
-  if (!GetParam().path.empty()) bed.server.script(GetParam().path, GetParam().answer);
-  const ProcessResult result =
-      collect(GetParam().trustTheServer ? std::vector<std::string>{"--ca-file", caFileArgument()}
-                                        : std::vector<std::string>{});
+  if (GetParam().path) bed.server.script(GetParam().path, {GetParam().status, GetParam().body});
+  const ToolRun result = collect({}, true, GetParam().path != nullptr);
   EXPECT_EQ(result.exitCode, GetParam().exitCode);
-  EXPECT_EQ(result.standardOutput, "");
-  EXPECT_EQ(result.standardError, GetParam().standardError);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, GetParam().errors);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Exits, CollectCommandFailure,
     testing::Values(
-        ToolFailure{"WrongKey",
-                    TestServer::loginPath,
-                    {401, R"({"title":"auth_key_invalid"})"},
-                    true,
-                    10,
+        ToolFailure{"WrongKey", TestServer::loginPath, 401, R"({"title":"auth_key_invalid"})", 10,
                     "error: invalidInput: invalid_grant_key. Authentication key is invalid\n"},
-        ToolFailure{"UntrustedServer", "", {}, false, 11, "error: connectionFailed\n"},
+        ToolFailure{"UntrustedServer", nullptr, 0, "", 11, "error: connectionFailed\n"},
+        ToolFailure{"Forbidden", TestServer::checkPath, 403, "", 12, "error: accessDenied: 403\n"},
         ToolFailure{
-            "Forbidden", TestServer::checkPath, {403, ""}, true, 12, "error: accessDenied: 403\n"},
-        ToolFailure{
-            "RecordTaken",
-            TestServer::checkPath,
-            {200, "false"},
-            true,
-            13,
+            "RecordTaken", TestServer::checkPath, 200, "false", 13,
             "error: serverRejected: record_number_not_unique. Record number is not unique\n"},
-        ToolFailure{"UnreadableAnswer",
-                    TestServer::uploadPath,
-                    {200, "[]"},
-                    true,
-                    14,
+        ToolFailure{"UnreadableAnswer", TestServer::uploadPath, 200, "[]", 14,
                     "error: processingFailed\n"}),
     [](const testing::TestParamInfo<ToolFailure>& param) { return std::string(param.param.name); });
 
 TEST_F(CollectCommand, BadArgumentsStopBeforeAnyTraffic) {
-  const auto brokenProfile = bed.directory.path() / "broken.json";
+  const auto brokenProfile = bed.directory / "broken.json";
   std::ofstream(brokenProfile) << "{\"device\": ";
-  const std::vector<std::string> required{"collect",  "--url", bed.server.url(), "--key", "k",
-                                          "--record", "r"};
   const auto withRequired = [&](std::vector<std::string> extra) {
-    extra.insert(extra.begin(), required.begin(), required.end());
-    return run(extra).exitCode;
+    extra.insert(extra.begin(),
+                 {"collect", "--url", bed.server.url(), "--key", "k", "--record", "r"});
+    return runTool(extra).exitCode;
   };
 
-  EXPECT_EQ(run({"collect", "--url", bed.server.url(), "--key", "k"}).exitCode, 2);
+  EXPECT_EQ(runTool({"collect", "--url", bed.server.url(), "--key", "k"}).exitCode, 2);
   EXPECT_EQ(withRequired({"--timeout", "0"}), 2);
-  EXPECT_EQ(withRequired({"--profile", (bed.directory.path() / "missing.json").string()}), 2);
+  EXPECT_EQ(withRequired({"--profile", (bed.directory / "missing.json").string()}), 2);
   EXPECT_EQ(withRequired({"--profile", brokenProfile.string()}), 3);
   EXPECT_TRUE(bed.server.received().empty());
 }

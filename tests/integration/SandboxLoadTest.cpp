@@ -6,7 +6,7 @@
 // benchmark), and TAVRIN_LOAD_CLIENTS and TAVRIN_LOAD_SECONDS lengthen it here.
 
 #include "SandboxLoad.hpp"
-#include "TlsTestBed.hpp"
+#include "TemporaryDirectory.hpp"
 
 #include "generator/OfflineCollection.hpp"
 #include "generator/ProfileGenerator.hpp"

@@ -8,7 +8,7 @@
 #include <future>
 #include <thread>
 
-namespace tavrin::testing {
+namespace tavrin::testing_support {
 namespace {
 
 using sandbox::SandboxOptions;
@@ -65,4 +65,4 @@ TEST(SandboxServer, ReleasesAHeldRequestWhenStopped) {
 }
 
 }  // namespace
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

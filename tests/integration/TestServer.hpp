@@ -1,9 +1,10 @@
 #pragma once
 
+#include "TlsFiles.hpp"
+
 #include <httplib.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -17,12 +18,10 @@ namespace tavrin::testing_support {
 struct ScriptedAnswer {
   int status = 200;
   std::string body;
-  bool hang = false;  // accept the request and never answer (until the server stops)
 };
 
 // A request as the server received it.
 struct ReceivedRequest {
-  std::string method;
   std::string path;
   std::string target;  // the request line's target, query included
   httplib::Headers headers;
@@ -32,16 +31,17 @@ struct ReceivedRequest {
 };
 
 // An HTTPS server on an ephemeral port of 127.0.0.1 that plays the scoring
-// service. Each path answers from its script, in order; once a script is used
-// up the path gives the default answer: the token pair of "token-N" for the
-// N-th login request, true for the check and "received" for the upload.
+// service; it takes POST requests only. Each path answers from its script, in order; once a script
+// is used up the path gives the default answer: the token pair of "token-N" for the N-th login
+// request, true for the check and "received" for the upload.
 class TestServer {
  public:
   static constexpr const char* loginPath = "/v4.0/account/tavrinLogin";
   static constexpr const char* checkPath = "/v4.0/datasets/recordNumber/checkuniqueness";
   static constexpr const char* uploadPath = "/v4.0/datasets/upload";
 
-  TestServer(X509* certificate, EVP_PKEY* key);
+  // Shows the certificate of `tls`.
+  explicit TestServer(const sandbox::TlsFiles& tls);
   ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
@@ -51,6 +51,7 @@ class TestServer {
   std::vector<std::string> receivedPaths() const;
 
   // The service's base URL and the resolve entry that leads its host name here.
+  int port() const { return _port; }
   std::string url() const;
   std::string resolveEntry() const;
 
@@ -63,8 +64,6 @@ class TestServer {
   std::atomic<bool> _listenerDone{false};
 
   mutable std::mutex _mutex;
-  std::condition_variable _stopping;
-  bool _stopped = false;
   std::map<std::string, std::deque<ScriptedAnswer>> _scripts;
   std::vector<ReceivedRequest> _received;
   int _logins = 0;

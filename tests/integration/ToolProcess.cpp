@@ -2,68 +2,53 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
-#include <thread>
 
 extern char** environ;
 
-namespace tavrin::testing {
+namespace tavrin::testing_support {
 
-namespace {
-
-std::filesystem::path temporaryFile(const char* stem) {
-  std::string pattern = (std::filesystem::temp_directory_path() / stem).string() + "-XXXXXX";
-  const int descriptor = mkstemp(pattern.data());
-  if (descriptor < 0) throw std::runtime_error("cannot make a temporary file");
-  close(descriptor);
-  return pattern;
+pid_t spawnTool(const std::vector<std::string>& arguments,
+                const posix_spawn_file_actions_t& actions) {
+  std::vector<std::string> command{TAVRIN_TOOL_PATH};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (auto& argument : command) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  return posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0 ? pid : -1;
 }
 
-}  // namespace
-
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::string& input,
-                         const std::filesystem::path& directory)
-    : _errorFile(temporaryFile("tavrin-tool-stderr")) {
-  const auto inputFile = temporaryFile("tavrin-tool-stdin");
+                         const std::filesystem::path& directory) {
+  const auto inputFile = _scratch / "stdin", errorFile = _scratch / "stderr";
   std::ofstream(inputFile, std::ios::binary) << input;
-
   int pipeEnds[2];
   if (pipe2(pipeEnds, O_CLOEXEC) != 0) throw std::runtime_error("cannot make a pipe");
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, inputFile.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], 1);
-  posix_spawn_file_actions_addopen(&actions, 2, _errorFile.c_str(), O_WRONLY | O_TRUNC, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, errorFile.c_str(), O_WRONLY | O_CREAT, 0600);
   if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
-
-  std::vector<std::string> command{TAVRIN_TOOL_PATH};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (auto& argument : command) argv.push_back(argument.data());
-  argv.push_back(nullptr);
-  const int status = posix_spawn(&_pid, argv[0], &actions, nullptr, argv.data(), environ);
+  _pid = spawnTool(arguments, actions);
   posix_spawn_file_actions_destroy(&actions);
   close(pipeEnds[1]);
-  std::filesystem::remove(inputFile);
-  if (status != 0) {
-    close(pipeEnds[0]);
-    throw std::runtime_error("cannot start " + command[0]);
-  }
   _stdout = pipeEnds[0];
+  if (_pid < 0) {
+    close(_stdout);
+    throw std::runtime_error("cannot start " TAVRIN_TOOL_PATH);
+  }
 }
 
 ToolProcess::~ToolProcess() {
   if (!_exitCode && _pid > 0) stop(SIGKILL);
   if (_stdout >= 0) close(_stdout);
-  std::error_code ignored;
-  std::filesystem::remove(_errorFile, ignored);
 }
 
 std::optional<std::string> ToolProcess::readLine(std::chrono::milliseconds timeout) {
@@ -106,11 +91,6 @@ int ToolProcess::wait() {
   return *_exitCode;
 }
 
-std::string ToolProcess::errors() const {
-  std::ifstream file(_errorFile, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input,
                 const std::filesystem::path& directory) {
   ToolProcess process(arguments, input, directory);
@@ -118,4 +98,4 @@ ToolRun runTool(const std::vector<std::string>& arguments, const std::string& in
   return {exitCode, process.output(), process.errors()};
 }
 
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

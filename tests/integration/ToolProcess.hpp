@@ -1,5 +1,9 @@
 #pragma once
 
+#include "TemporaryDirectory.hpp"
+
+#include <spawn.h>
+
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -7,7 +11,11 @@
 #include <string>
 #include <vector>
 
-namespace tavrin::testing {
+namespace tavrin::testing_support {
+
+// Starts the `tavrin` tool with these arguments and file actions; -1 when it cannot.
+pid_t spawnTool(const std::vector<std::string>& arguments,
+                const posix_spawn_file_actions_t& actions);
 
 // The `tavrin` tool run as a child process: standard input from a string,
 // standard output read through a pipe, standard error kept in a file.
@@ -32,13 +40,13 @@ class ToolProcess {
   // What the process wrote to standard output after the lines already read.
   const std::string& output() const { return _output; }
   // What the process wrote to standard error so far.
-  std::string errors() const;
+  std::string errors() const { return readFile(_scratch / "stderr"); }
 
  private:
-  int _pid = -1;
+  TemporaryDirectory _scratch;  // holds standard input and standard error
+  pid_t _pid = -1;
   int _stdout = -1;
   std::string _output;
-  std::filesystem::path _errorFile;
   std::optional<int> _exitCode;
 };
 
@@ -52,4 +60,4 @@ struct ToolRun {
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input = {},
                 const std::filesystem::path& directory = {});
 
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

@@ -3,7 +3,6 @@
 #include <tavrin/codec.hpp>
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 namespace tavrin {
 namespace {
@@ -20,23 +19,11 @@ TEST(Zip, WrapsRawDeflateInTheFixedHeaderAndABigEndianAdler32) {
   EXPECT_EQ(unzip(altered, true), bytesOf("abc"));
 }
 
-TEST(Unzip, ReadsWhatZlibsOwnCompress2WritesAtEveryLevel) {
-  const Bytes input = jsonLikeBytes(100000);
-  for (int level = 0; level <= 9; ++level) {
-    uLongf size = compressBound(static_cast<uLong>(input.size()));
-    Bytes compressed(size);
-    ASSERT_EQ(compress2(compressed.data(), &size, input.data(), input.size(), level), Z_OK);
-    compressed.resize(size);
-    EXPECT_EQ(unzip(compressed, false), input) << "level " << level;
-  }
-}
-
 TEST(Unzip, SixBytesOrFewerAreAbsent) {
   const Bytes zipped = *zip(Bytes{});  // 8 bytes
   EXPECT_EQ(unzip(zipped, false), Bytes{});
   for (std::size_t size = 0; size <= 6; ++size) {
-    EXPECT_FALSE(
-        unzip(Bytes(zipped.begin(), zipped.begin() + static_cast<std::ptrdiff_t>(size)), true));
+    EXPECT_FALSE(unzip(std::span(zipped).first(size), true)) << size;
   }
 }
 
@@ -52,7 +39,8 @@ TEST_P(UnzipHeader, NeedsMethod8AndAMultipleOf31) {
 
 INSTANTIATE_TEST_SUITE_P(
     Unzip, UnzipHeader,
-    ::testing::Values(std::tuple(0x78, 0x9C, true), std::tuple(0x78, 0xDA, true),
+    ::testing::Values(std::tuple(0x78, 0x01, true), std::tuple(0x78, 0x9C, true),
+                      std::tuple(0x78, 0xDA, true),
                       // Neither the window size nor the preset-dictionary flag is examined.
                       std::tuple(0x08, 0x1D, true), std::tuple(0x78, 0xBB, true),
                       // Not a multiple of 31; then multiples of 31 with methods 9 and 15.
