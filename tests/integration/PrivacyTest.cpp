@@ -132,7 +132,8 @@ const Collection& collection() {
     TavrinService(bed.server.url(), "privacy-key", serviceOptions).collectData("privacy-1");
     result.upload = json::parse(testing_support::uploadedDocument(bed.server.received().back()));
     // Every text with its place, from pointers such as "/3/Contacts/17/23/0/6".
-    for (const auto& [pointer, value] : result.upload.flatten().items()) {
+    const json flat = result.upload.flatten();
+    for (const auto& [pointer, value] : flat.items()) {
       if (!value.is_string()) continue;
       std::istringstream parts(pointer.substr(pointer.find('/', 1) + 1));
       Found found{{}, {}, value.get<std::string>()};
