@@ -5,54 +5,53 @@
 #include "SandboxFixture.hpp"
 #include "ToolProcess.hpp"
 
-#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <pty.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <functional>
 #include <sstream>
 
 namespace tavrin::testing_support {
 namespace {
 
 using nlohmann::json;
+using testing::HasSubstr;
 using namespace std::chrono_literals;
 
-// A `tavrin sandbox` on a free port, reached as its ready line says.
+// A `tavrin sandbox` on a free port, reached as its ready line says:
+// "sandbox ready: --url https://HOST:PORT --resolve HOST:PORT:ADDRESS --ca-file PEM".
 struct SandboxProcess {
   explicit SandboxProcess(std::vector<std::string> options = {})
       : process([&] {
           options.insert(options.begin(), {"sandbox", "--port", "0"});
           return options;
-        }()) {
-    // "sandbox ready: --url URL --resolve HOST:PORT:ADDRESS --ca-file PEM"
-    const auto line = process.readLine(60s);
-    if (!line || !line->starts_with("sandbox ready: ")) {
-      throw std::runtime_error("no ready line: " + line.value_or(process.errors()));
-    }
-    std::istringstream words(*line);
-    for (std::string word; words >> word;) {
-      if (word == "--url") words >> url;
-      if (word == "--resolve") words >> resolve;
-      if (word == "--ca-file") words >> caFile;
-    }
+        }()),
+        ready(process.readLine(60s).value_or(process.errors())) {
+    if (!ready.starts_with("sandbox ready: ")) throw std::runtime_error("no ready line: " + ready);
+    std::string flag;
+    std::istringstream(ready) >> flag >> flag >> flag >> url >> flag >> flag >> flag >> caFile;
     port = std::stoi(url.substr(url.rfind(':') + 1));
   }
 
   SandboxClient client() const { return {port, caFile}; }
 
   ToolProcess process;
-  std::string url, resolve, caFile;
+  std::string ready, url, caFile;
   int port = 0;
 };
 
-std::string encoded(const std::function<void(json&)>& change) {
+// A reply's status and title; its body instead when it has no title.
+std::string summary(const SandboxClient::Reply& reply) {
+  return std::to_string(reply.status) + " " + (reply.title().empty() ? reply.body : reply.title());
+}
+
+// The valid dataset with `change` made to it, as a payload.
+std::string encoded(void (*change)(json&)) {
   json document = validDataset();
   change(document);
   return encodePayload(document.dump());
@@ -60,8 +59,9 @@ std::string encoded(const std::function<void(json&)>& change) {
 
 TEST(SandboxProcess, TellsHowToReachItLogsRefusalsAndStopsOnTerm) {
   SandboxProcess sandbox;
-  EXPECT_EQ(sandbox.url, "https://api.tavrin.com:" + std::to_string(sandbox.port));
-  EXPECT_EQ(sandbox.resolve, "api.tavrin.com:" + std::to_string(sandbox.port) + ":127.0.0.1");
+  const std::string host = "api.tavrin.com:" + std::to_string(sandbox.port);
+  EXPECT_EQ(sandbox.ready, "sandbox ready: --url https://" + host + " --resolve " + host +
+                               ":127.0.0.1 --ca-file " + sandbox.caFile);
   EXPECT_TRUE(std::filesystem::exists(sandbox.caFile));
 
   // A malformed payload is answered with the spot named and logged (the
@@ -70,16 +70,14 @@ TEST(SandboxProcess, TellsHowToReachItLogsRefusalsAndStopsOnTerm) {
   auto client = sandbox.client();
   const std::string token = client.login();
   const auto refused = client.upload(token, "bad-1", encoded([](json& d) { d.erase(3); }));
-  EXPECT_EQ(refused.status, 400);
-  EXPECT_EQ(refused.title(), "dataset_invalid");
-  EXPECT_EQ(refused.member("detail").substr(0, detail.size()), detail) << refused.member("detail");
+  EXPECT_EQ(summary(refused), "400 dataset_invalid");
+  EXPECT_THAT(refused.member("detail"), testing::StartsWith(detail));
   EXPECT_EQ(client.check(token, "bad-1").body, "true");
-  EXPECT_EQ(client.upload(token, "bad-1", encodePayload(validDataset().dump())).status, 200);
 
   EXPECT_EQ(sandbox.process.stop(SIGTERM), 0);
-  const std::string log = sandbox.process.errors();
-  EXPECT_NE(log.find("stopped by SIGTERM"), std::string::npos);
-  EXPECT_NE(log.find("record \"bad-1\": dataset_invalid: " + detail), std::string::npos) << log;
+  EXPECT_THAT(sandbox.process.errors(),
+              testing::AllOf(HasSubstr("stopped by SIGTERM"),
+                             HasSubstr("record \"bad-1\": dataset_invalid: " + detail)));
   // The certificate directory it made for itself goes with it.
   EXPECT_FALSE(std::filesystem::exists(sandbox.caFile));
 }
@@ -96,18 +94,17 @@ TEST(SandboxProcess, KeepsUploadsInItsDatabaseForInspect) {
   // inspect reads the database while the sandbox still has it open.
   const auto table = runTool({"inspect", "--db", database, "--record", "order-7"});
   EXPECT_EQ(table.exitCode, 0) << table.errors;
-  EXPECT_NE(table.output.find("record order-7: upload 1 received"), std::string::npos);
-  EXPECT_NE(table.output.find("accepted"), std::string::npos);
-  EXPECT_NE(table.output.find("Contacts                     3  error"), std::string::npos)
-      << table.output;
-  EXPECT_NE(table.output.find("verdict: valid"), std::string::npos);
+  EXPECT_THAT(table.output,
+              testing::AllOf(HasSubstr("record order-7: upload 1 received"), HasSubstr("accepted"),
+                             HasSubstr("Contacts                     3  error"),
+                             HasSubstr("verdict: valid")));
 
   const auto dataset = runTool({"inspect", "--db", database, "--record", "order-7", "--json"});
   EXPECT_EQ(dataset.exitCode, 0);
   EXPECT_EQ(json::parse(dataset.output), validDataset());
   const auto listing = runTool({"inspect", "--db", database});
   EXPECT_EQ(listing.exitCode, 0);
-  EXPECT_NE(listing.output.find("order-7"), std::string::npos);
+  EXPECT_THAT(listing.output, HasSubstr("order-7"));
   EXPECT_EQ(runTool({"inspect", "--db", database, "--record", "order-8"}).exitCode, 2);
   EXPECT_EQ(sandbox.process.stop(SIGINT), 0);
 }
@@ -115,43 +112,37 @@ TEST(SandboxProcess, KeepsUploadsInItsDatabaseForInspect) {
 TEST(SandboxInspect, DecodesAPayloadFromStandardInput) {
   const auto valid = runTool({"inspect", "-"}, encodePayload(validDataset().dump()) + "\n");
   EXPECT_EQ(valid.exitCode, 0) << valid.errors;
-  EXPECT_NE(valid.output.find("Images                       1  access denied"), std::string::npos)
-      << valid.output;
-  EXPECT_NE(valid.output.find("verdict: valid"), std::string::npos);
+  EXPECT_THAT(valid.output,
+              testing::AllOf(HasSubstr("Images                       1  access denied"),
+                             HasSubstr("verdict: valid")));
 
   // An upload's request body is read for its "data" member.
   const json body{{"recordNumber", "x"}, {"data", encoded([](json& d) { d.erase(13); })}};
   const auto invalid = runTool({"inspect"}, body.dump());
   EXPECT_EQ(invalid.exitCode, 1);
-  EXPECT_NE(invalid.output.find("verdict: invalid: section 14: expected \"Permissions\""),
-            std::string::npos)
-      << invalid.output;
+  EXPECT_THAT(invalid.output, HasSubstr("verdict: invalid: section 14: expected \"Permissions\""));
 }
 
 TEST(SandboxProcess, TakesItsLimitsAndFaultRulesFromTheCommandLine) {
+  const auto unreadable = runTool({"sandbox", "--fault", "upload:explode"});
+  EXPECT_EQ(unreadable.exitCode, 2);
+  EXPECT_THAT(unreadable.errors, HasSubstr("\"upload:explode\""));
+
   SandboxProcess sandbox({"--max-body", "2000", "--io-timeout", "1", "--fault",
                           "upload:status=401*1", "--fault", "check:error=409/busy"});
   auto client = sandbox.client();
   const std::string token = client.login();
-  const auto tooLarge = client.upload(token, "big", std::string(4000, 'A'));
-  EXPECT_EQ(tooLarge.status, 413);
-  EXPECT_EQ(tooLarge.title(), "payload_too_large");
+  EXPECT_EQ(summary(client.upload(token, "big", std::string(4000, 'A'))), "413 payload_too_large");
   const std::string data = encodePayload(validDataset().dump());  // well below 2000 bytes
-  const auto first = client.upload(token, "f-1", data);
-  EXPECT_EQ(first.status, 401);
-  EXPECT_EQ(first.body, "");
+  EXPECT_EQ(summary(client.upload(token, "f-1", data)), "401 ");  // a bare 401
   EXPECT_EQ(client.upload(token, "f-1", data).status, 200);
-  const auto check = client.check(token, "f-2");
-  EXPECT_EQ(check.status, 409);
-  EXPECT_EQ(check.title(), "busy");
+  EXPECT_EQ(summary(client.check(token, "f-2")), "409 busy");
 
   // A client that sends nothing is cut off once the I/O timeout passes: wait
   // for that end of stream, far longer than the timeout but bounded.
   const int connection = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(sandbox.port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  sockaddr_in address{
+      AF_INET, htons(static_cast<std::uint16_t>(sandbox.port)), {htonl(INADDR_LOOPBACK)}, {}};
   ASSERT_EQ(connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   pollfd closed{connection, POLLIN, 0};
   ASSERT_EQ(poll(&closed, 1, 20000), 1);
@@ -166,58 +157,37 @@ TEST(SandboxProcess, ExpiresEveryTokenAtOnceWithZeroLifetime) {
   auto client = sandbox.client();
   const std::string token = client.login();
   ASSERT_FALSE(token.empty());
-  const auto reply = client.check(token, "r");
-  EXPECT_EQ(reply.status, 401);
-  EXPECT_EQ(reply.body, "");
+  EXPECT_EQ(summary(client.check(token, "r")), "401 ");  // a bare 401
 }
 
-TEST(SandboxProcess, RefusesAnUnreadableFaultRule) {
-  const auto run = runTool({"sandbox", "--fault", "upload:explode"});
-  EXPECT_EQ(run.exitCode, 2);
-  EXPECT_NE(run.errors.find("\"upload:explode\""), std::string::npos) << run.errors;
-}
-
-TEST(DemoCommand, CollectsTheBuiltInPhoneIntoASandboxAndShowsTheVerdict) {
-  // From another directory: the demonstration needs no file of the checkout.
-  const auto demo =
-      runTool({"demo", "--record", "demo-7"}, {}, std::filesystem::temp_directory_path());
-  EXPECT_EQ(demo.exitCode, 0) << demo.output << demo.errors;
-  EXPECT_NE(demo.output.find("The server answered: accepted record \"demo-7\" as upload 1"),
-            std::string::npos)
-      << demo.output;
-  EXPECT_NE(demo.output.find("JSON "), std::string::npos);
-  EXPECT_NE(demo.output.find(" bytes -> DEFLATE "), std::string::npos);
-  EXPECT_NE(demo.output.find("Permissions                  4"), std::string::npos);
-  EXPECT_TRUE(demo.output.ends_with("verdict: valid\n")) << demo.output;
-}
-
-TEST(DemoCommand, RewritesOneProgressLineOnATerminal) {
-  // Standard error on a pseudo-terminal, as a person at a terminal sees it.
+TEST(DemoCommand, CollectsTheBuiltInPhoneIntoASandboxShowingProgressAndTheVerdict) {
+  // Standard error on a pseudo-terminal, as a person at a terminal sees it; run
+  // from another directory: the demonstration needs no file of the checkout.
   int terminal = -1, device = -1;
   ASSERT_EQ(openpty(&terminal, &device, nullptr, nullptr, nullptr), 0);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, device, 2);
-  posix_spawn_file_actions_addclose(&actions, terminal);
-  const pid_t pid = spawnTool({"demo"}, actions);
-  posix_spawn_file_actions_destroy(&actions);
+  ToolProcess demo({"demo", "--record", "demo-7"}, {}, std::filesystem::temp_directory_path(),
+                   device);
   close(device);
   std::string shown;
   char buffer[4096];
   // Reading ends with an error once the child has exited and the terminal has no writer.
-  for (ssize_t size; pid > 0 && (size = read(terminal, buffer, sizeof buffer)) > 0;) {
+  for (ssize_t size; (size = read(terminal, buffer, sizeof buffer)) > 0;) {
     shown.append(buffer, static_cast<std::size_t>(size));
   }
   close(terminal);
-  ASSERT_GT(pid, 0);
-  waitpid(pid, nullptr, 0);
+  EXPECT_EQ(demo.wait(), 0) << shown;
+  EXPECT_THAT(
+      demo.output(),
+      testing::AllOf(HasSubstr("The server answered: accepted record \"demo-7\" as upload 1"),
+                     HasSubstr("JSON "), HasSubstr(" bytes -> DEFLATE "),
+                     HasSubstr("Permissions                  4"),
+                     testing::EndsWith("verdict: valid\n")));
 
   // Every update returns to the start of the line and clears it; the finished
   // line ends with a summary.
-  EXPECT_NE(shown.find("\r\033[Ksource 1: "), std::string::npos) << shown;
-  EXPECT_NE(shown.find("\r\033[Kexchange upload: HTTP 200 in "), std::string::npos);
-  EXPECT_NE(shown.find("\r\033[K13 sources ("), std::string::npos);
+  EXPECT_THAT(shown, testing::AllOf(HasSubstr("\r\033[Ksource 1: "),
+                                    HasSubstr("\r\033[Kexchange upload: HTTP 200 in "),
+                                    HasSubstr("\r\033[K13 sources (")));
   EXPECT_EQ(shown.find("\nsource "), std::string::npos) << "a progress line was not rewritten";
 }
 

@@ -16,11 +16,6 @@ const bool proxiesBypassed = [] {
 
 }  // namespace
 
-std::string ReceivedRequest::header(const std::string& name) const {
-  const auto found = headers.find(name);
-  return found == headers.end() ? "(absent)" : found->second;
-}
-
 TestServer::TestServer(const sandbox::TlsFiles& tls)
     : _server(tls.certificate.c_str(), tls.privateKey.c_str()) {
   (void)proxiesBypassed;
@@ -62,35 +57,23 @@ std::vector<std::string> TestServer::receivedPaths() const {
   return paths;
 }
 
-std::string TestServer::url() const { return "https://api.tavrin.com:" + std::to_string(_port); }
-
-std::string TestServer::resolveEntry() const {
-  return "api.tavrin.com:" + std::to_string(_port) + ":127.0.0.1";
-}
-
 void TestServer::handle(const httplib::Request& request, httplib::Response& response) {
   const std::lock_guard lock(_mutex);
   _received.push_back({request.path, request.target, request.headers, request.body});
-
   if (request.path == loginPath) ++_logins;
 
-  ScriptedAnswer answer;
-  auto& script = _scripts[request.path];
-  if (!script.empty()) {
+  ScriptedAnswer answer{404, ""};
+  if (auto& script = _scripts[request.path]; !script.empty()) {
     answer = std::move(script.front());
     script.pop_front();
   } else if (request.path == loginPath) {
-    answer.body =
-        R"({"token_type":"Bearer","access_token":"token-)" + std::to_string(_logins) + "\"}";
-  } else if (request.path == checkPath) {
-    answer.body = "true";
-  } else if (request.path == uploadPath) {
-    answer.body = R"("received")";
-  } else {
-    answer.status = 404;
+    answer = {200,
+              R"({"token_type":"Bearer","access_token":"token-)" + std::to_string(_logins) + "\"}"};
+  } else if (request.path == checkPath || request.path == uploadPath) {
+    answer = {200, request.path == checkPath ? "true" : R"("received")"};
   }
-  response.status = answer.status;
-  response.set_content(answer.body, "application/json");
+  response.status = answer.first;
+  response.set_content(answer.second, "application/json");
 }
 
 }  // namespace tavrin::testing_support

@@ -10,15 +10,13 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tavrin::testing_support {
 
-// What the server answers to one request.
-struct ScriptedAnswer {
-  int status = 200;
-  std::string body;
-};
+// What the server answers to one request: its status and body.
+using ScriptedAnswer = std::pair<int, std::string>;
 
 // A request as the server received it.
 struct ReceivedRequest {
@@ -27,7 +25,10 @@ struct ReceivedRequest {
   httplib::Headers headers;
   std::string body;
 
-  std::string header(const std::string& name) const;  // "(absent)" when missing
+  std::string header(const std::string& name) const {  // "(absent)" when missing
+    const auto found = headers.find(name);
+    return found == headers.end() ? "(absent)" : found->second;
+  }
 };
 
 // An HTTPS server on an ephemeral port of 127.0.0.1 that plays the scoring
@@ -52,8 +53,10 @@ class TestServer {
 
   // The service's base URL and the resolve entry that leads its host name here.
   int port() const { return _port; }
-  std::string url() const;
-  std::string resolveEntry() const;
+  std::string url() const { return "https://api.tavrin.com:" + std::to_string(_port); }
+  std::string resolveEntry() const {
+    return "api.tavrin.com:" + std::to_string(_port) + ":127.0.0.1";
+  }
 
  private:
   void handle(const httplib::Request& request, httplib::Response& response);

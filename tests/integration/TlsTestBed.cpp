@@ -8,7 +8,6 @@
 
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace tavrin::testing_support {
@@ -25,13 +24,12 @@ ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
 }
 
 std::string publicKeyPin(const std::filesystem::path& privateKeyFile) {
-  const std::unique_ptr<BIO, decltype(&BIO_free)> file(BIO_new_file(privateKeyFile.c_str(), "r"),
-                                                       &BIO_free);
-  const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
-      file ? PEM_read_bio_PrivateKey(file.get(), nullptr, nullptr, nullptr) : nullptr,
-      &EVP_PKEY_free);
+  BIO* file = BIO_new_file(privateKeyFile.c_str(), "r");
+  EVP_PKEY* key = file ? PEM_read_bio_PrivateKey(file, nullptr, nullptr, nullptr) : nullptr;
   unsigned char* der = nullptr;
-  const int length = key ? i2d_PUBKEY(key.get(), &der) : -1;
+  const int length = key ? i2d_PUBKEY(key, &der) : -1;
+  EVP_PKEY_free(key);
+  BIO_free(file);
   if (length <= 0) throw std::runtime_error("cannot read the key " + privateKeyFile.string());
   unsigned char digest[SHA256_DIGEST_LENGTH];
   SHA256(der, static_cast<std::size_t>(length), digest);
@@ -61,12 +59,11 @@ std::string uploadedDocument(const ReceivedRequest& upload) {
   stream.avail_in = static_cast<uInt>(compressed.size());
   std::string json;
   for (int status = Z_OK; status != Z_STREAM_END;) {
+    if (status != Z_OK) throw std::runtime_error("the data is not DEFLATE");
     char chunk[16384];
     stream.next_out = reinterpret_cast<Bytef*>(chunk);
     stream.avail_out = sizeof chunk;
     status = inflate(&stream, Z_NO_FLUSH);
-    if (status != Z_OK && status != Z_STREAM_END)
-      throw std::runtime_error("the data is not DEFLATE");
     json.append(chunk, sizeof chunk - stream.avail_out);
   }
   if (stream.avail_in != 0) throw std::runtime_error("the data holds more than one DEFLATE stream");

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,19 +14,8 @@ extern char** environ;
 
 namespace tavrin::testing_support {
 
-pid_t spawnTool(const std::vector<std::string>& arguments,
-                const posix_spawn_file_actions_t& actions) {
-  std::vector<std::string> command{TAVRIN_TOOL_PATH};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (auto& argument : command) argv.push_back(argument.data());
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  return posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0 ? pid : -1;
-}
-
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::string& input,
-                         const std::filesystem::path& directory) {
+                         const std::filesystem::path& directory, int errors) {
   const auto inputFile = _scratch / "stdin", errorFile = _scratch / "stderr";
   std::ofstream(inputFile, std::ios::binary) << input;
   int pipeEnds[2];
@@ -35,8 +25,12 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::s
   posix_spawn_file_actions_addopen(&actions, 0, inputFile.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], 1);
   posix_spawn_file_actions_addopen(&actions, 2, errorFile.c_str(), O_WRONLY | O_CREAT, 0600);
+  if (errors >= 0) posix_spawn_file_actions_adddup2(&actions, errors, 2);
   if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
-  _pid = spawnTool(arguments, actions);
+  std::vector<char*> argv{const_cast<char*>(TAVRIN_TOOL_PATH)};
+  for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+  argv.push_back(nullptr);
+  if (posix_spawn(&_pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) _pid = -1;
   posix_spawn_file_actions_destroy(&actions);
   close(pipeEnds[1]);
   _stdout = pipeEnds[0];
@@ -52,41 +46,30 @@ ToolProcess::~ToolProcess() {
 }
 
 std::optional<std::string> ToolProcess::readLine(std::chrono::milliseconds timeout) {
-  const auto deadline = std::chrono::steady_clock::now() + timeout;
-  for (;;) {
-    if (const auto end = _output.find('\n'); end != std::string::npos) {
-      std::string line = _output.substr(0, end);
-      _output.erase(0, end + 1);
-      return line;
-    }
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        deadline - std::chrono::steady_clock::now());
-    pollfd readable{_stdout, POLLIN, 0};
-    if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) <= 0) {
-      return std::nullopt;
-    }
-    char buffer[4096];
-    const ssize_t size = read(_stdout, buffer, sizeof buffer);
-    if (size <= 0) return std::nullopt;
-    _output.append(buffer, static_cast<std::size_t>(size));
+  std::size_t end;
+  while ((end = _output.find('\n')) == std::string::npos) {
+    if (!readMore(static_cast<int>(timeout.count()))) return std::nullopt;
   }
+  std::string line = _output.substr(0, end);
+  _output.erase(0, end + 1);
+  return line;
 }
 
-int ToolProcess::stop(int signal) {
-  if (!_exitCode) kill(_pid, signal);
-  return wait();
+bool ToolProcess::readMore(int timeout) {
+  pollfd readable{_stdout, POLLIN, 0};
+  int ready;
+  while ((ready = poll(&readable, 1, timeout)) < 0 && errno == EINTR) continue;
+  char buffer[4096];
+  const ssize_t size = ready > 0 ? read(_stdout, buffer, sizeof buffer) : 0;
+  if (size > 0) _output.append(buffer, static_cast<std::size_t>(size));
+  return size > 0;
 }
 
 int ToolProcess::wait() {
   if (_exitCode) return *_exitCode;
-  char buffer[4096];
-  ssize_t size;
-  while ((size = read(_stdout, buffer, sizeof buffer)) > 0 || (size < 0 && errno == EINTR)) {
-    if (size > 0) _output.append(buffer, static_cast<std::size_t>(size));
-  }
+  while (readMore(-1)) continue;
   int status = 0;
-  while (waitpid(_pid, &status, 0) < 0 && errno == EINTR) {
-  }
+  while (waitpid(_pid, &status, 0) < 0 && errno == EINTR) continue;
   _exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return *_exitCode;
 }
@@ -94,8 +77,7 @@ int ToolProcess::wait() {
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input,
                 const std::filesystem::path& directory) {
   ToolProcess process(arguments, input, directory);
-  const int exitCode = process.wait();
-  return {exitCode, process.output(), process.errors()};
+  return {process.wait(), process.output(), process.errors()};  // evaluated in this order
 }
 
 }  // namespace tavrin::testing_support

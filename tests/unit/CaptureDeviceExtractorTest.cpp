@@ -14,14 +14,10 @@
 namespace tavrin {
 namespace {
 
-std::string fixturePath(const std::string& name) {
-  return std::string(TAVRIN_TEST_DATA_DIR) + "/" + name;
-}
-
 // The cameras-and-microphone phone, running the given system version.
 std::shared_ptr<platform::Platform> phoneOnSystem(const std::string& version) {
   nlohmann::json profile = nlohmann::json::parse(
-      std::ifstream(fixturePath("capture-devices-cameras-and-microphone.json")));
+      std::ifstream(TAVRIN_TEST_DATA_DIR "/capture-devices-cameras-and-microphone.json"));
   profile["device"]["systemVersion"] = version;
   return platform::ProfilePlatform::fromText(profile.dump(), "iOS " + version);
 }
@@ -39,13 +35,11 @@ Runs nullRuns(const nlohmann::json& row) {
 }
 
 TEST(CaptureDeviceExtractor, BuildsTheBackCameraRowInPositionOrder) {
-  const auto phone = phoneOnSystem("14.2");
-  CaptureDeviceExtractor extractor("CaptureDevice", *phone);
   // Lens aperture and white-balance gain are 32-bit floats widened as they are;
   // the active format gives height before width, then the epoch of its frame
   // duration.
   EXPECT_THAT(
-      sectionJson(extractor.extract()),
+      sectionJson(CaptureDeviceExtractor("CaptureDevice", *phoneOnSystem("14.2")).extract()),
       testing::StartsWith(
           R"([{"CaptureDevice":[["AVCaptureDeviceTypeBuiltInDualCamera","Back Dual Camera",true,true,2,)"
           R"(1.7999999523162842,1,true,false,false,true,false,true,false,false,false,)"
@@ -56,9 +50,10 @@ TEST(CaptureDeviceExtractor, BuildsTheBackCameraRowInPositionOrder) {
 }
 
 TEST(CaptureDeviceExtractor, NoDeviceListGivesAnEmptySection) {
-  const auto phone = platform::loadDeviceProfile(fixturePath("capture-devices-no-list.json"));
-  CaptureDeviceExtractor extractor("CaptureDevice", *phone);
-  EXPECT_EQ(sectionJson(extractor.extract()), R"([{"CaptureDevice":[]}])");
+  const auto phone =
+      platform::loadDeviceProfile(TAVRIN_TEST_DATA_DIR "/capture-devices-no-list.json");
+  EXPECT_EQ(sectionJson(CaptureDeviceExtractor("CaptureDevice", *phone).extract()),
+            R"([{"CaptureDevice":[]}])");
 }
 
 // What each system version gates closed is null; the rows keep their length.
@@ -79,9 +74,8 @@ TEST(CaptureDeviceExtractor, ClosedVersionGatesGiveNulls) {
       {"14.2", {}, {{37, 43}}},
   };
   for (const auto& system : systems) {
-    const auto phone = phoneOnSystem(system.version);
-    CaptureDeviceExtractor extractor("CaptureDevice", *phone);
-    const nlohmann::json rows = sectionValues(extractor.extract());
+    const nlohmann::json rows = sectionValues(
+        CaptureDeviceExtractor("CaptureDevice", *phoneOnSystem(system.version)).extract());
     ASSERT_EQ(rows.size(), 3u) << "the entry that is not a device is passed over";
     for (const auto& row : rows) EXPECT_EQ(row.size(), CaptureDeviceExtractor::rowLength);
     EXPECT_EQ(nullRuns(rows[0]), system.withDepthFormat) << system.version;

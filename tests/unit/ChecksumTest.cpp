@@ -3,6 +3,7 @@
 #include "codec/Checksum.hpp"
 
 #include <tavrin/codec.hpp>
+#include <tavrin/digest.hpp>
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -58,6 +59,33 @@ TEST(Checksum, LongInputsGoToZlibInNonEmptyPieces) {
   for (const std::size_t pieceLimit : {1u, 7u, 1000u, 5000u}) {
     EXPECT_EQ(foldInPieces(0, input, pieceLimit, zlibCrc), crc32Bytewise(0, input)) << pieceLimit;
   }
+}
+
+class Md5KnownDigest : public ::testing::TestWithParam<std::pair<std::string, const char*>> {};
+
+TEST_P(Md5KnownDigest, AllViewsAgree) {
+  const auto& [message, md5] = GetParam();
+  EXPECT_EQ(toMd5(message), md5);
+  const Digest digest(bytesOf(message));
+  EXPECT_EQ(digest.checksum(), md5);
+  EXPECT_EQ(digest.digest(), md5Digest(message));
+}
+
+// From RFC 1321's suite: the empty message, a short one, and 62 bytes, whose
+// padding takes a block of its own; then a message of many blocks. Every
+// length to 200 bytes is compared with md5sum in CodecToolsTest.
+INSTANTIATE_TEST_SUITE_P(
+    Rfc1321, Md5KnownDigest,
+    ::testing::Values(
+        std::pair{std::string(), "d41d8cd98f00b204e9800998ecf8427e"},
+        std::pair{std::string("abc"), "900150983cd24fb0d6963f7d28e17f72"},
+        std::pair{std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"),
+                  "d174ab98d277d9f5a5611c2c9f419d9f"},
+        std::pair{std::string(1000000, 'a'), "7707d6ae4e027c70eea2a935c2296f21"}));
+
+TEST(Md5, HashesTextAsItsUtf8BytesWithoutNormalising) {
+  EXPECT_EQ(toMd5("\u00e9"), "66ddcd97cfdeabb2f6fb8a999b4bc76f");  // the bytes C3 A9
+  EXPECT_NE(toMd5("e\u0301"), toMd5("\u00e9"));                    // e + combining acute
 }
 
 }  // namespace

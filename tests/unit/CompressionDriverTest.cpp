@@ -16,38 +16,28 @@ using namespace testdata;
 // 0, 1, 2, ... (or fills the room when `produce` is `fill`) and returns
 // `status`, recording the room it was offered. Called past its script it
 // ends quietly, so only the driver itself can turn a script into a failure.
-class ScriptedStream final : public CodecStream {
- public:
-  static constexpr std::size_t fill = ~std::size_t{0};
-  struct Call {
-    std::size_t produce;
-    StreamStatus status;
-  };
+constexpr std::size_t fill = ~std::size_t{0};
+using Script = std::vector<std::pair<std::size_t, StreamStatus>>;  // produce, status
 
-  explicit ScriptedStream(std::vector<Call> script) : _script(std::move(script)) {}
+struct ScriptedStream final : CodecStream {
+  explicit ScriptedStream(Script calls) : script(std::move(calls)) {}
 
   StreamStatus process(std::span<const std::uint8_t>& source,
                        std::span<std::uint8_t>& destination) override {
     offered.push_back(destination.size());
     source = {};
-    if (_next == _script.size()) return StreamStatus::end;
-    const Call call = _script[_next++];
-    const std::size_t count = call.produce == fill ? destination.size() : call.produce;
-    for (std::size_t index = 0; index < count; ++index) {
-      destination[index] = static_cast<std::uint8_t>(_written++);
-    }
+    if (next == script.size()) return StreamStatus::end;
+    const auto [produce, status] = script[next++];
+    const std::size_t count = produce == fill ? destination.size() : produce;
+    for (auto& byte : destination.first(count)) byte = static_cast<std::uint8_t>(written++);
     destination = destination.subspan(count);
-    return call.status;
+    return status;
   }
 
+  Script script;
   std::vector<std::size_t> offered;
-
- private:
-  std::vector<Call> _script;
-  std::size_t _next = 0;
-  std::size_t _written = 0;
+  std::size_t next = 0, written = 0;
 };
-constexpr auto fill = ScriptedStream::fill;
 
 TEST(Driver, BufferIsTheSourceLengthClampedTo64Through65536AndReused) {
   using Sizes = std::pair<std::size_t, std::size_t>;  // source length, buffer size
@@ -64,7 +54,6 @@ TEST(Driver, BufferIsTheSourceLengthClampedTo64Through65536AndReused) {
 }
 
 TEST(Driver, GivesAllOutputOrNone) {
-  using Script = std::vector<ScriptedStream::Call>;
   for (const auto& [script, succeeds] : std::vector<std::pair<Script, bool>>{
            {{{fill, StreamStatus::end}}, true},  // ends with a full buffer
            {{{99, StreamStatus::ok}}, false},    // room left: input ran out
@@ -72,7 +61,7 @@ TEST(Driver, GivesAllOutputOrNone) {
            {{{fill, StreamStatus::ok}, {3, StreamStatus::error}}, false}}) {  // error after output
     ScriptedStream stream(script);
     EXPECT_EQ(CompressionDriver::drive(stream, Bytes(100, 0), {}).has_value(), succeeds)
-        << script.size() << " calls, the first producing " << script[0].produce;
+        << script.size() << " calls, the first producing " << script[0].first;
   }
 }
 

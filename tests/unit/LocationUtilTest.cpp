@@ -45,10 +45,8 @@ INSTANTIATE_TEST_SUITE_P(Angles, Rotation,
                                          Worked{269, 0, 0, 89, 89, 0.05}));
 
 TEST(Rotation, AbsentHalfGivesBothAbsent) {
-  const LocationUtil util(123);
   for (const auto& [lat, lon] : {LocationUtil::Coordinate{{}, 1.0}, {1.0, {}}, {{}, {}}}) {
-    const auto [latitude, longitude] = util.rotateCoordinate(lat, lon);
-    EXPECT_FALSE(latitude || longitude);
+    EXPECT_EQ(LocationUtil(123).rotateCoordinate(lat, lon), LocationUtil::Coordinate());
   }
 }
 

@@ -6,11 +6,10 @@ namespace tavrin::platform {
 namespace {
 
 TEST(OsRelease, ReadsShellStyleAssignments) {
-  // A text, and the value of NAME in it (absent: none).
+  // A text, and the value of NAME in it (absent: none). Plain quoted values and files
+  // without a NAME are read by LinuxPlatformTest; lines past a bad one, below.
   const std::pair<const char*, std::optional<std::string>> cases[] = {
       {"NAME=Fedora", "Fedora"},
-      {"NAME=\"Debian GNU/Linux\"", "Debian GNU/Linux"},
-      {"NAME='Arch Linux'", "Arch Linux"},
       {R"(NAME="say \"hi\" \\ \$HOME \`x\`")", R"(say "hi" \ $HOME `x`)"},
       {R"(NAME='no \escapes here')", R"(no \escapes here)"},
       {"NAME=\"Debian\"  \r\n", "Debian"},
@@ -20,8 +19,6 @@ TEST(OsRelease, ReadsShellStyleAssignments) {
       {"# NAME=commented out", std::nullopt},
       {"NAME=\"left open", std::nullopt},
       {"NAME =spaced key", std::nullopt},
-      {"not an assignment\nNAME=after", "after"},
-      {"\n\n\nID=debian\n", std::nullopt},
       {"", std::nullopt}};
   for (const auto& [text, name] : cases) {
     EXPECT_EQ(OsRelease::parse(text).value("NAME"), name) << text;

@@ -7,7 +7,8 @@
 namespace tavrin::platform {
 namespace {
 
-// A granted calendar in Berlin with two calendars and the given events.
+// A device in Berlin with the calendars "home" and "work" and the given events; access is
+// granted unless another status is given.
 std::shared_ptr<ProfilePlatform> calendarWith(const std::string& events,
                                               const std::string& status = "3") {
   return ProfilePlatform::fromText(R"({
@@ -61,34 +62,13 @@ TEST(ProfileEventStore, SeriesFollowTheCalendarOfTheirZone) {
             (Starts{1584954000, 1585555200, 1586160000}));
 }
 
-TEST(ProfileEventStore, AnOldDailySeriesIsEnteredNearTheRange) {
-  // Daily at 09:00 Berlin since 1 January 1970, asked for 1 June 2020 only.
+// Daily at 09:00 Berlin since 1 January 1970: asked for 1 June 2020 only, and for a range
+// that starts while that day's occurrence is under way. Asked for everything: four years.
+TEST(ProfileEventStore, AnOldDailySeriesIsEnteredNearTheRangeAndCutToFourYears) {
   const char* daily = R"({"calendarIdentifier": "home",
     "startDate": 28800, "endDate": 32400, "recurrence": {"frequency": "daily"}})";
   EXPECT_EQ(starts(daily, 1590962400, 1590962400 + day - 1), Starts{1590994800});
-  // An occurrence under way at the start of the range overlaps it.
   EXPECT_EQ(starts(daily, 1590994800 + 0.5 * hour, 1590994800 + hour), Starts{1590994800});
-}
-
-TEST(ProfileEventStore, RangeOverlapIsClosedAndOpenDatesReachEverywhere) {
-  auto platform = calendarWith(R"(
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "endsAtStart", "startDate": 100, "endDate": 200},
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "startsAtEnd", "startDate": 300, "endDate": 400},
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "before", "startDate": 100, "endDate": 199.5},
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "after", "startDate": 300.5, "endDate": 400},
-    {"calendarIdentifier": "work", "calendarItemIdentifier": "noStart", "endDate": 250},
-    {"calendarIdentifier": "work", "calendarItemIdentifier": "noDates"},
-    {"calendarIdentifier": "work", "calendarItemIdentifier": "noEnd", "startDate": 5000})");
-  std::vector<std::string> found;
-  for (const auto& e : platform->events().events(200, 300, {"home", "work"})) {
-    found.push_back(e.calendarItemIdentifier);
-  }
-  EXPECT_EQ(found, (std::vector<std::string>{"endsAtStart", "startsAtEnd", "noStart", "noDates"}));
-  EXPECT_EQ(platform->events().events(200, 300, {"home"}).size(), 2U);
-  EXPECT_EQ(platform->events().events(4000, 6000, {"work"}).size(), 2U);
-}
-
-TEST(ProfileEventStore, ALongRangeIsCutToFourYears) {
   const auto found = starts(R"({"calendarIdentifier": "home", "timeZone": "UTC",
     "startDate": 0, "endDate": 60, "recurrence": {"frequency": "daily"}})",
                             0, 1e300);
@@ -96,15 +76,33 @@ TEST(ProfileEventStore, ALongRangeIsCutToFourYears) {
   EXPECT_EQ(found.back(), ProfileEventStore::longestRange);
 }
 
-TEST(ProfileEventStore, NothingIsFoundWithoutAuthorizationOrForAnInvertedRange) {
-  const char* event = R"({"calendarIdentifier": "home", "startDate": 10, "endDate": 20})";
-  EXPECT_TRUE(calendarWith(event, "2")->events().events(0, 100, {"home"}).empty());
-  EXPECT_TRUE(calendarWith(event, "2")->events().calendars(EntityType::event).empty());
-  const auto granted = calendarWith(event);
-  EXPECT_TRUE(granted->events().events(100, 0, {"home"}).empty());
-  EXPECT_EQ(granted->events().events(0, 100, {"home"}).size(), 1U);
-  EXPECT_EQ(granted->events().calendars(EntityType::event).size(), 2U);
-  EXPECT_TRUE(granted->events().calendars(7).empty());
+// Events at the edges of the range 200 to 300, and events with open dates.
+constexpr const char* edges = R"(
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "endsAtStart", "startDate": 100, "endDate": 200},
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "startsAtEnd", "startDate": 300, "endDate": 400},
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "before", "startDate": 100, "endDate": 199.5},
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "after", "startDate": 300.5, "endDate": 400},
+  {"calendarIdentifier": "work", "calendarItemIdentifier": "noStart", "endDate": 250},
+  {"calendarIdentifier": "work", "calendarItemIdentifier": "noDates"},
+  {"calendarIdentifier": "work", "calendarItemIdentifier": "noEnd", "startDate": 5000})";
+
+// The range is closed and open dates reach everywhere; nothing is found without
+// authorization or for an inverted range.
+TEST(ProfileEventStore, FindsTheEventsThatOverlapTheRange) {
+  const auto platform = calendarWith(edges);
+  std::vector<std::string> found;
+  for (const auto& e : platform->events().events(200, 300, {"home", "work"}))
+    found.push_back(e.calendarItemIdentifier);
+  EXPECT_EQ(found, (std::vector<std::string>{"endsAtStart", "startsAtEnd", "noStart", "noDates"}));
+  EXPECT_EQ(platform->events().events(200, 300, {"home"}).size(), 2U);
+  EXPECT_EQ(platform->events().events(4000, 6000, {"work"}).size(), 2U);
+  EXPECT_TRUE(platform->events().events(300, 200, {"home", "work"}).empty());
+  EXPECT_EQ(platform->events().calendars(EntityType::event).size(), 2U);
+  EXPECT_TRUE(platform->events().calendars(7).empty());
+
+  const auto refused = calendarWith(edges, "2");
+  EXPECT_TRUE(refused->events().events(200, 300, {"home", "work"}).empty());
+  EXPECT_TRUE(refused->events().calendars(EntityType::event).empty());
 }
 
 }  // namespace
