@@ -35,7 +35,7 @@ test-sanitize: deps
 # process answering the transport, the collection run and the sandbox under load
 # on threads of their own. TSAN_TESTS is a ctest regular expression over test
 # names; extend it when a test of another waiting path is added.
-TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|StatusOverTheWire|UntrustedServer|CollectionRun|ConstructionLogin|Privacy|SandboxServer|SandboxCollection|FaultDuringRun|FaultAtConstruction|SandboxLoad
+TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \

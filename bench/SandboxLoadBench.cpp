@@ -5,7 +5,6 @@
 #include "PerformanceReport.hpp"
 
 #include "generator/OfflineCollection.hpp"
-#include "generator/ProfileGenerator.hpp"
 
 #include "SandboxLoad.hpp"
 
@@ -34,14 +33,7 @@ double percentile(const std::vector<double>& sorted, double share) {
 }
 
 void BM_SandboxLoad(benchmark::State& state) {
-  std::vector<std::string> payloads, jsons;
-  for (std::uint64_t seed = 1; seed <= 4; ++seed) {
-    auto options = tool::presetOptions(tool::Preset::typical);
-    options.seed = seed;
-    auto dataset = tool::collectOffline(tool::ProfileGenerator(options).generate());
-    payloads.push_back(std::move(dataset.payload));
-    jsons.push_back(std::move(dataset.json));
-  }
+  const auto [payloads, jsons] = tool::collectTypicalPhones(4);
   const auto directory =
       std::filesystem::temp_directory_path() / ("tavrin-load-bench-" + std::to_string(getpid()));
   std::filesystem::create_directories(directory);

@@ -17,6 +17,8 @@
 #include <openssl/evp.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <cstdio>
 #include <map>
 #include <regex>
 #include <set>
@@ -31,107 +33,49 @@ using nlohmann::json;
 // positions below the section (0-based; `any` matches every index).
 constexpr int any = -1;
 struct Allowance {
+  bool digest;  // sent as its MD5 digest, else in clear
   std::string_view kind;
   std::string_view section;
   std::vector<int> path;
-  std::string_view why;
 };
 
-// Texts sent as they are.
-const std::vector<Allowance> inClear = {
-    {"country",
-     "Contacts",
-     {any, 23, any, 6},
-     "a postal address's country is sent as entered (contact row 24, address row 7)"},
-    {"isoCountryCode",
-     "Contacts",
-     {any, 23, any, 7},
-     "a postal address's ISO country code is sent as entered (contact row 24, address row 8)"},
-};
-
-// Texts sent as their MD5 digest.
-const std::vector<Allowance> asDigest = {
-    {"label", "Contacts", {any, 20, any, 1}, "a social profile's label travels as its digest"},
-    {"socialService",
-     "Contacts",
-     {any, 20, any, 2},
-     "a social profile's service name travels as its digest"},
-    {"label",
-     "Contacts",
-     {any, 26, any, 1},
-     "an instant-message address's label travels as its digest"},
-    {"messageService",
-     "Contacts",
-     {any, 26, any, 2},
-     "an instant-message address's service name travels as its digest"},
+const std::vector<Allowance> allowances = {
+    // A postal address's country and ISO country code are sent as entered
+    // (contact row 24, address rows 7 and 8).
+    {false, "country", "Contacts", {any, 23, any, 6}},
+    {false, "isoCountryCode", "Contacts", {any, 23, any, 7}},
+    // A social profile's label and service name travel as their digests
+    // (contact row 21, rows 2 and 3).
+    {true, "label", "Contacts", {any, 20, any, 1}},
+    {true, "socialService", "Contacts", {any, 20, any, 2}},
+    // So do an instant-message address's label and service name (contact row 27).
+    {true, "label", "Contacts", {any, 26, any, 1}},
+    {true, "messageService", "Contacts", {any, 26, any, 2}},
 };
 
 // Every kind of personal text the phone holds must have been in the test,
 // or the proof would hold for want of data.
-const std::set<std::string> expectedKinds = {"givenName",
-                                             "middleName",
-                                             "familyName",
-                                             "previousFamilyName",
-                                             "nameSuffix",
-                                             "namePrefix",
-                                             "nickname",
-                                             "phoneticGivenName",
-                                             "phoneticFamilyName",
-                                             "organizationName",
-                                             "departmentName",
-                                             "jobTitle",
-                                             "note",
-                                             "phoneNumber",
-                                             "url",
-                                             "email",
-                                             "relationName",
-                                             "street",
-                                             "city",
-                                             "state",
-                                             "postalCode",
-                                             "country",
-                                             "isoCountryCode",
-                                             "subLocality",
-                                             "socialUrl",
-                                             "socialUsername",
-                                             "socialUserIdentifier",
-                                             "socialService",
-                                             "messageUsername",
-                                             "messageService",
-                                             "label",
-                                             "groupName",
-                                             "sourceTitle",
-                                             "organizerName",
-                                             "eventLocation",
-                                             "reminderLocation",
-                                             "placeName"};
+constexpr const char* expectedKinds =
+    "givenName middleName familyName previousFamilyName nameSuffix namePrefix nickname "
+    "phoneticGivenName phoneticFamilyName organizationName departmentName jobTitle note "
+    "phoneNumber url email relationName street city state postalCode country isoCountryCode "
+    "subLocality socialUrl socialUsername socialUserIdentifier socialService messageUsername "
+    "messageService label groupName sourceTitle organizerName eventLocation reminderLocation "
+    "placeName";
+
+const std::regex markerPattern("PII-[A-Za-z]+-[0-9]+");
 
 std::string md5Hex(std::string_view text) {
-  unsigned char digest[EVP_MAX_MD_SIZE];
-  unsigned int length = 0;
-  EVP_Digest(text.data(), text.size(), digest, &length, EVP_md5(), nullptr);
-  static constexpr char hex[] = "0123456789abcdef";
-  std::string out;
-  for (unsigned int i = 0; i < length; ++i) {
-    out += hex[digest[i] >> 4];
-    out += hex[digest[i] & 15];
-  }
-  return out;
+  unsigned char digest[16];
+  EVP_Digest(text.data(), text.size(), digest, nullptr, EVP_md5(), nullptr);
+  char hex[33];
+  for (int i = 0; i < 16; ++i) std::snprintf(hex + 2 * i, 3, "%02x", digest[i]);
+  return hex;
 }
 
 std::string kindOf(const std::string& marker) {
   const auto first = marker.find('-') + 1;
   return marker.substr(first, marker.find('-', first) - first);
-}
-
-bool matches(const Allowance& allowance, const std::string& kind, const std::string& section,
-             const std::vector<int>& path) {
-  if (allowance.kind != kind || allowance.section != section) return false;
-  if (allowance.path.size() != path.size()) return false;
-  for (std::size_t i = 0; i < path.size(); ++i) {
-    if (allowance.path[i] != any && allowance.path[i] != path[i]) return false;
-  }
-  return true;
 }
 
 // One text of the upload and where it is.
@@ -141,22 +85,32 @@ struct Found {
   std::string text;
 };
 
-void collectTexts(const json& value, const std::string& section, std::vector<int>& path,
-                  std::vector<Found>& out) {
-  if (value.is_string()) {
-    out.push_back({section, path, value.get<std::string>()});
-  } else if (value.is_array()) {
-    for (std::size_t i = 0; i < value.size(); ++i) {
-      path.push_back(static_cast<int>(i));
-      collectTexts(value[i], section, path, out);
-      path.pop_back();
-    }
-  }
+std::string describe(const Found& found) {
+  std::string where = found.section;
+  for (const int index : found.path) where += '/' + std::to_string(index);
+  return where + ": " + found.text;
 }
 
-class PrivacyTest : public testing::Test {
- protected:
-  static void SetUpTestSuite() {
+bool allows(const Allowance& allowance, bool digest, const std::string& kind, const Found& found) {
+  if (allowance.digest != digest || allowance.kind != kind || allowance.section != found.section ||
+      allowance.path.size() != found.path.size()) {
+    return false;
+  }
+  for (std::size_t i = 0; i < found.path.size(); ++i) {
+    if (allowance.path[i] != any && allowance.path[i] != found.path[i]) return false;
+  }
+  return true;
+}
+
+struct Collection {
+  std::set<std::string> markers;  // every marker the phone holds
+  json upload;                    // the dataset as the server received it
+  std::vector<Found> texts;       // every text of the upload
+};
+
+// The phone, generated and collected once for all the tests.
+const Collection& collection() {
+  static const Collection collected = [] {
     tool::GeneratorOptions options;
     options.seed = 2024;
     options.markers = true;
@@ -164,94 +118,65 @@ class PrivacyTest : public testing::Test {
     options.reminders = 400, options.assets = 600, options.albums = 80, options.devices = 8;
     const auto profile = tool::ProfileGenerator(options).generate();
 
+    Collection result;
     std::ostringstream profileText;
     tool::writeDeviceProfile(profile, profileText);
     const std::string text = profileText.str();
-    const std::regex marker("PII-[A-Za-z]+-[0-9]+");
-    for (std::sregex_iterator it(text.begin(), text.end(), marker), end; it != end; ++it) {
-      markers().insert(it->str());
+    for (std::sregex_iterator it(text.begin(), text.end(), markerPattern), end; it != end; ++it) {
+      result.markers.insert(it->str());
     }
 
-    upload() = collect(profile);
-    for (const auto& section : upload()) {
-      std::vector<int> path;
-      collectTexts(section.begin().value(), section.begin().key(), path, texts());
-    }
-  }
-
-  // The dataset as the server receives it from a collection of the phone:
-  // the upload's data decoded and inflated.
-  static json collect(const platform::DeviceProfile& profile) {
     testing_support::TlsTestBed bed;
-    ServiceOptions options = bed.options();
-    options.platform = std::make_shared<platform::ProfilePlatform>(profile);
-    TavrinService service(bed.server.url(), "privacy-key", options);
-    service.collectData("privacy-1");
-    return json::parse(testing_support::uploadedDocument(bed.server.received().back()));
-  }
-
-  static std::set<std::string>& markers() {
-    static std::set<std::string> all;
-    return all;
-  }
-  static json& upload() {
-    static json document;
-    return document;
-  }
-  static std::vector<Found>& texts() {
-    static std::vector<Found> all;
-    return all;
-  }
-};
-
-std::string describe(const Found& found) {
-  std::string where = found.section;
-  for (const int index : found.path) where += '/' + std::to_string(index);
-  return where + ": " + found.text;
+    ServiceOptions serviceOptions = bed.options();
+    serviceOptions.platform = std::make_shared<platform::ProfilePlatform>(profile);
+    TavrinService(bed.server.url(), "privacy-key", serviceOptions).collectData("privacy-1");
+    result.upload = json::parse(testing_support::uploadedDocument(bed.server.received().back()));
+    // Every text with its place, from pointers such as "/3/Contacts/17/23/0/6".
+    const json flat = result.upload.flatten();
+    for (const auto& [pointer, value] : flat.items()) {
+      if (!value.is_string()) continue;
+      std::istringstream parts(pointer.substr(pointer.find('/', 1) + 1));
+      Found found{{}, {}, value.get<std::string>()};
+      std::getline(parts, found.section, '/');
+      for (std::string i; std::getline(parts, i, '/');) found.path.push_back(std::stoi(i));
+      result.texts.push_back(std::move(found));
+    }
+    return result;
+  }();
+  return collected;
 }
 
-TEST_F(PrivacyTest, ThePhoneHoldsEveryKindOfPersonalText) {
+TEST(Privacy, ThePhoneHoldsEveryKindOfPersonalText) {
   std::set<std::string> kinds;
-  for (const auto& m : markers()) kinds.insert(kindOf(m));
-  for (const auto& kind : expectedKinds) EXPECT_TRUE(kinds.count(kind)) << kind;
-  EXPECT_EQ(upload().size(), 14U);
+  for (const auto& marker : collection().markers) kinds.insert(kindOf(marker));
+  std::istringstream expected(expectedKinds);
+  for (std::string kind; expected >> kind;) EXPECT_TRUE(kinds.count(kind)) << kind;
+  EXPECT_EQ(collection().upload.size(), 14U);
 }
 
-TEST_F(PrivacyTest, NoMarkerTravelsInClearOutsideItsAllowance) {
-  const std::regex marker("PII-[A-Za-z]+-[0-9]+");
-  std::set<std::string> allowedKindsSeen;
-  for (const auto& found : texts()) {
-    if (found.text.find("PII") == std::string::npos) continue;
-    std::smatch match;
-    // A text that holds a marker is the marker itself: nothing is cut or joined.
-    ASSERT_TRUE(std::regex_match(found.text, match, marker)) << describe(found);
-    ASSERT_TRUE(markers().count(found.text)) << describe(found);
-    const auto kind = kindOf(found.text);
-    const bool allowed = std::any_of(inClear.begin(), inClear.end(), [&](const Allowance& a) {
-      return matches(a, kind, found.section, found.path);
-    });
-    EXPECT_TRUE(allowed) << "leak: " << describe(found);
-    if (allowed) allowedKindsSeen.insert(kind);
-  }
-  // The allowances are used, so the texts read are the ones sent.
-  EXPECT_EQ(allowedKindsSeen, (std::set<std::string>{"country", "isoCountryCode"}));
-}
-
-TEST_F(PrivacyTest, NoMarkerTravelsAsADigestOutsideItsAllowance) {
+TEST(Privacy, NoMarkerTravelsInClearOrAsADigestOutsideItsAllowance) {
   std::map<std::string, std::string> byDigest;
-  for (const auto& m : markers()) byDigest.emplace(md5Hex(m), m);
-  std::set<std::string> allowedKindsSeen;
-  for (const auto& found : texts()) {
-    const auto it = byDigest.find(found.text);
-    if (it == byDigest.end()) continue;
-    const auto kind = kindOf(it->second);
-    const bool allowed = std::any_of(asDigest.begin(), asDigest.end(), [&](const Allowance& a) {
-      return matches(a, kind, found.section, found.path);
-    });
-    EXPECT_TRUE(allowed) << "digest of " << it->second << " at " << describe(found);
-    if (allowed) allowedKindsSeen.insert(kind);
+  for (const auto& marker : collection().markers) byDigest.emplace(md5Hex(marker), marker);
+  std::set<std::pair<bool, std::string>> used, allowed;  // (as a digest, kind)
+  for (const auto& allowance : allowances) allowed.emplace(allowance.digest, allowance.kind);
+  for (const auto& found : collection().texts) {
+    const auto digestOf = byDigest.find(found.text);
+    const bool digest = digestOf != byDigest.end();
+    if (!digest && found.text.find("PII") == std::string::npos) continue;
+    // A text that holds a marker is the marker itself: nothing is cut or joined.
+    ASSERT_TRUE(digest || std::regex_match(found.text, markerPattern)) << describe(found);
+    ASSERT_TRUE(digest || collection().markers.count(found.text)) << describe(found);
+    const std::string marker = digest ? digestOf->second : found.text;
+    const auto kind = kindOf(marker);
+    const bool allowedHere =
+        std::any_of(allowances.begin(), allowances.end(),
+                    [&](const Allowance& a) { return allows(a, digest, kind, found); });
+    EXPECT_TRUE(allowedHere) << (digest ? "leak of the digest of " + marker : "leak") << " at "
+                             << describe(found);
+    if (allowedHere) used.emplace(digest, kind);
   }
-  EXPECT_EQ(allowedKindsSeen, (std::set<std::string>{"label", "socialService", "messageService"}));
+  // Each kind the allowances name is found in its form, so the texts read are the ones sent.
+  EXPECT_EQ(used, allowed);
 }
 
 }  // namespace

@@ -4,9 +4,8 @@
 #include <tavrin/codec.hpp>
 
 #include <fstream>
-#include <sstream>
 
-namespace tavrin::testing {
+namespace tavrin::testing_support {
 
 nlohmann::json validDataset() {
   std::ifstream file(TAVRIN_TEST_DATA_DIR "/sandbox/valid-dataset.json");
@@ -17,34 +16,9 @@ std::string encodePayload(const std::string& json) {
   return base64Encode(*deflate(std::vector<std::uint8_t>(json.begin(), json.end())));
 }
 
-std::optional<SandboxEndpoint> SandboxEndpoint::fromReadyLine(const std::string& line) {
-  std::istringstream words(line);
-  std::string word, greeting, ready;
-  SandboxEndpoint endpoint;
-  words >> greeting >> ready;
-  if (greeting != "sandbox" || ready != "ready:") return std::nullopt;
-  while (words >> word) {
-    if (word == "--url") words >> endpoint.url;
-    if (word == "--resolve") words >> endpoint.resolve;
-    if (word == "--ca-file") words >> endpoint.caFile;
-  }
-  const auto colon = endpoint.url.rfind(':');
-  if (endpoint.url.empty() || endpoint.resolve.empty() || endpoint.caFile.empty() ||
-      colon == std::string::npos) {
-    return std::nullopt;
-  }
-  endpoint.port = std::stoi(endpoint.url.substr(colon + 1));
-  return endpoint;
-}
-
-std::string SandboxClient::Reply::title() const {
+std::string SandboxClient::Reply::member(const char* name) const {
   const auto document = nlohmann::json::parse(body, nullptr, false);
-  return document.is_object() ? document.value("title", "") : "";
-}
-
-std::string SandboxClient::Reply::detail() const {
-  const auto document = nlohmann::json::parse(body, nullptr, false);
-  return document.is_object() ? document.value("detail", "") : "";
+  return document.is_object() ? document.value(name, "") : "";
 }
 
 SandboxClient::Reply SandboxClient::post(const std::string& path, const nlohmann::json& body,
@@ -64,8 +38,7 @@ SandboxClient::Reply SandboxClient::post(const std::string& path, const nlohmann
 
 std::string SandboxClient::login(const std::string& key) {
   const auto reply = post("/v4.0/account/tavrinLogin", {{"authKey", key}});
-  const auto document = nlohmann::json::parse(reply.body, nullptr, false);
-  return reply.status == 200 ? document.value("access_token", "") : "";
+  return reply.status == 200 ? reply.member("access_token") : "";
 }
 
 SandboxClient::Reply SandboxClient::check(const std::string& token, const std::string& record) {
@@ -77,4 +50,4 @@ SandboxClient::Reply SandboxClient::upload(const std::string& token, const std::
   return post("/v4.0/datasets/upload", {{"recordNumber", record}, {"data", data}}, token);
 }
 
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

@@ -2,27 +2,15 @@
 
 #include <nlohmann/json.hpp>
 
-#include <optional>
 #include <string>
 
-namespace tavrin::testing {
+namespace tavrin::testing_support {
 
 // The hand-written valid dataset of the test data, one or two rows a section.
 nlohmann::json validDataset();
 
 // A JSON text as the client uploads it: raw DEFLATE, then base64.
 std::string encodePayload(const std::string& json);
-
-// How the sandbox's ready line says to reach it.
-struct SandboxEndpoint {
-  std::string url;
-  std::string resolve;
-  std::string caFile;
-  int port = 0;
-
-  // Reads "sandbox ready: --url URL --resolve HOST:PORT:ADDRESS --ca-file PEM".
-  static std::optional<SandboxEndpoint> fromReadyLine(const std::string& line);
-};
 
 // Raw HTTPS requests to a sandbox on loopback, for what the library's client
 // never sends (malformed payloads, bad tokens). Verifies the certificate
@@ -32,9 +20,9 @@ class SandboxClient {
   struct Reply {
     int status = -1;  // -1: the exchange failed in transport
     std::string body;
-    // The document's "title" and "detail", when the body is one.
-    std::string title() const;
-    std::string detail() const;
+    // A text member of the document the body holds; "" when there is none.
+    std::string member(const char* name) const;
+    std::string title() const { return member("title"); }
   };
 
   SandboxClient(int port, std::string caFile) : _port(port), _caFile(std::move(caFile)) {}
@@ -50,4 +38,4 @@ class SandboxClient {
   std::string _caFile;
 };
 
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

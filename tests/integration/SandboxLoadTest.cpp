@@ -6,10 +6,9 @@
 // benchmark), and TAVRIN_LOAD_CLIENTS and TAVRIN_LOAD_SECONDS lengthen it here.
 
 #include "SandboxLoad.hpp"
-#include "TlsTestBed.hpp"
+#include "TemporaryDirectory.hpp"
 
 #include "generator/OfflineCollection.hpp"
-#include "generator/ProfileGenerator.hpp"
 
 #include <gtest/gtest.h>
 
@@ -28,14 +27,7 @@ std::size_t fromEnvironment(const char* name, std::size_t fallback) {
 
 TEST(SandboxLoad, StoresEveryAcceptedUploadAndGivesEveryRefusalItsReason) {
   // Four typical phones; each client cycles through their datasets.
-  std::vector<std::string> payloads, jsons;
-  for (std::uint64_t seed = 1; seed <= 4; ++seed) {
-    auto options = tool::presetOptions(tool::Preset::typical);
-    options.seed = seed;
-    auto dataset = tool::collectOffline(tool::ProfileGenerator(options).generate());
-    payloads.push_back(std::move(dataset.payload));
-    jsons.push_back(std::move(dataset.json));
-  }
+  const auto [payloads, jsons] = tool::collectTypicalPhones(4);
 
   testing_support::TemporaryDirectory directory;
   sandbox::SandboxOptions serverOptions;

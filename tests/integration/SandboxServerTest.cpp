@@ -6,54 +6,47 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <thread>
 
-namespace tavrin::testing {
+namespace tavrin::testing_support {
 namespace {
 
-using sandbox::SandboxOptions;
-using sandbox::SandboxServer;
-
 TEST(SandboxServer, AcceptsOneOfManyConcurrentUploadsOfARecord) {
-  SandboxServer server(SandboxOptions{});
+  sandbox::SandboxServer server(sandbox::SandboxOptions{});
   server.start();
   const std::string data = encodePayload(validDataset().dump());
-  const std::string token = SandboxClient(server.port(), server.tlsFiles().authority).login();
+  SandboxClient client(server.port(), server.tlsFiles().authority);
+  const std::string token = client.login();
 
   constexpr int clients = 8;
   std::vector<std::future<SandboxClient::Reply>> replies;
   for (int i = 0; i < clients; ++i) {
     // Half race for one record number, half upload their own.
     const std::string record = i % 2 == 0 ? "shared" : "own-" + std::to_string(i);
-    replies.push_back(std::async(std::launch::async, [&server, &data, &token, record] {
-      return SandboxClient(server.port(), server.tlsFiles().authority).upload(token, record, data);
-    }));
+    replies.push_back(
+        std::async(std::launch::async, [&, record] { return client.upload(token, record, data); }));
   }
-  int accepted = 0, refused = 0;
-  for (int i = 0; i < clients; ++i) {
-    const auto reply = replies[static_cast<std::size_t>(i)].get();
-    if (reply.status == 200) {
-      ++accepted;
-    } else {
-      EXPECT_EQ(reply.status, 400);
-      EXPECT_EQ(reply.title(), "record_number_not_unique");
-      ++refused;
+  int accepted = 0;
+  for (auto& reply : replies) {
+    const auto answer = reply.get();
+    accepted += answer.status == 200;
+    if (answer.status != 200) {
+      EXPECT_EQ(answer.status, 400);
+      EXPECT_EQ(answer.title(), "record_number_not_unique");
     }
   }
   EXPECT_EQ(accepted, 1 + clients / 2);
-  EXPECT_EQ(refused, clients / 2 - 1);
   EXPECT_TRUE(server.store().isTaken("shared"));
   EXPECT_EQ(server.counts().uploads, static_cast<std::size_t>(clients));
 }
 
 TEST(SandboxServer, ReleasesAHeldRequestWhenStopped) {
   std::promise<void> held;
-  SandboxOptions options;
+  sandbox::SandboxOptions options;
   options.faults.push_back(sandbox::parseFaultRule("check:stall"));
   options.log = [&held](const std::string& line) {
     if (line.starts_with("check no answer")) held.set_value();
   };
-  SandboxServer server(std::move(options));
+  sandbox::SandboxServer server(std::move(options));
   server.start();
   SandboxClient client(server.port(), server.tlsFiles().authority);
   const std::string token = client.login();
@@ -65,4 +58,4 @@ TEST(SandboxServer, ReleasesAHeldRequestWhenStopped) {
 }
 
 }  // namespace
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

@@ -16,22 +16,15 @@ const bool proxiesBypassed = [] {
 
 }  // namespace
 
-std::string ReceivedRequest::header(const std::string& name) const {
-  const auto found = headers.find(name);
-  return found == headers.end() ? "(absent)" : found->second;
-}
-
-TestServer::TestServer(X509* certificate, EVP_PKEY* key) : _server(certificate, key) {
+TestServer::TestServer(const sandbox::TlsFiles& tls)
+    : _server(tls.certificate.c_str(), tls.privateKey.c_str()) {
   (void)proxiesBypassed;
   if (!_server.is_valid()) throw std::runtime_error("the TLS server cannot be set up");
   // Without it, small answers written in pieces wait for delayed acknowledgements.
   _server.set_tcp_nodelay(true);
-  const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
+  _server.Post(".*", [this](const httplib::Request& request, httplib::Response& response) {
     handle(request, response);
-  };
-  _server.Post(".*", handler);
-  _server.Get(".*", handler);
-  _server.Put(".*", handler);
+  });
 
   _port = _server.bind_to_any_port("127.0.0.1");
   if (_port <= 0) throw std::runtime_error("the TLS server cannot bind");
@@ -44,11 +37,6 @@ TestServer::TestServer(X509* certificate, EVP_PKEY* key) : _server(certificate, 
 }
 
 TestServer::~TestServer() {
-  {
-    const std::lock_guard lock(_mutex);
-    _stopped = true;
-  }
-  _stopping.notify_all();
   _server.stop();
   _thread.join();
 }
@@ -69,40 +57,23 @@ std::vector<std::string> TestServer::receivedPaths() const {
   return paths;
 }
 
-std::string TestServer::url() const { return "https://api.tavrin.com:" + std::to_string(_port); }
-
-std::string TestServer::resolveEntry() const {
-  return "api.tavrin.com:" + std::to_string(_port) + ":127.0.0.1";
-}
-
 void TestServer::handle(const httplib::Request& request, httplib::Response& response) {
-  std::unique_lock lock(_mutex);
-  _received.push_back(
-      {request.method, request.path, request.target, request.headers, request.body});
-
+  const std::lock_guard lock(_mutex);
+  _received.push_back({request.path, request.target, request.headers, request.body});
   if (request.path == loginPath) ++_logins;
 
-  ScriptedAnswer answer;
-  auto& script = _scripts[request.path];
-  if (!script.empty()) {
+  ScriptedAnswer answer{404, ""};
+  if (auto& script = _scripts[request.path]; !script.empty()) {
     answer = std::move(script.front());
     script.pop_front();
   } else if (request.path == loginPath) {
-    answer.body =
-        R"({"token_type":"Bearer","access_token":"token-)" + std::to_string(_logins) + "\"}";
-  } else if (request.path == checkPath) {
-    answer.body = "true";
-  } else if (request.path == uploadPath) {
-    answer.body = R"("received")";
-  } else {
-    answer.status = 404;
+    answer = {200,
+              R"({"token_type":"Bearer","access_token":"token-)" + std::to_string(_logins) + "\"}"};
+  } else if (request.path == checkPath || request.path == uploadPath) {
+    answer = {200, request.path == checkPath ? "true" : R"("received")"};
   }
-  if (answer.hang) {
-    _stopping.wait(lock, [this] { return _stopped; });
-    return;
-  }
-  response.status = answer.status;
-  response.set_content(answer.body, "application/json");
+  response.status = answer.first;
+  response.set_content(answer.second, "application/json");
 }
 
 }  // namespace tavrin::testing_support

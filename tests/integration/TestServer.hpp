@@ -1,47 +1,48 @@
 #pragma once
 
+#include "TlsFiles.hpp"
+
 #include <httplib.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tavrin::testing_support {
 
-// What the server answers to one request.
-struct ScriptedAnswer {
-  int status = 200;
-  std::string body;
-  bool hang = false;  // accept the request and never answer (until the server stops)
-};
+// What the server answers to one request: its status and body.
+using ScriptedAnswer = std::pair<int, std::string>;
 
 // A request as the server received it.
 struct ReceivedRequest {
-  std::string method;
   std::string path;
   std::string target;  // the request line's target, query included
   httplib::Headers headers;
   std::string body;
 
-  std::string header(const std::string& name) const;  // "(absent)" when missing
+  std::string header(const std::string& name) const {  // "(absent)" when missing
+    const auto found = headers.find(name);
+    return found == headers.end() ? "(absent)" : found->second;
+  }
 };
 
 // An HTTPS server on an ephemeral port of 127.0.0.1 that plays the scoring
-// service. Each path answers from its script, in order; once a script is used
-// up the path gives the default answer: the token pair of "token-N" for the
-// N-th login request, true for the check and "received" for the upload.
+// service; it takes POST requests only. Each path answers from its script, in order; once a script
+// is used up the path gives the default answer: the token pair of "token-N" for the N-th login
+// request, true for the check and "received" for the upload.
 class TestServer {
  public:
   static constexpr const char* loginPath = "/v4.0/account/tavrinLogin";
   static constexpr const char* checkPath = "/v4.0/datasets/recordNumber/checkuniqueness";
   static constexpr const char* uploadPath = "/v4.0/datasets/upload";
 
-  TestServer(X509* certificate, EVP_PKEY* key);
+  // Shows the certificate of `tls`.
+  explicit TestServer(const sandbox::TlsFiles& tls);
   ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
@@ -51,8 +52,11 @@ class TestServer {
   std::vector<std::string> receivedPaths() const;
 
   // The service's base URL and the resolve entry that leads its host name here.
-  std::string url() const;
-  std::string resolveEntry() const;
+  int port() const { return _port; }
+  std::string url() const { return "https://api.tavrin.com:" + std::to_string(_port); }
+  std::string resolveEntry() const {
+    return "api.tavrin.com:" + std::to_string(_port) + ":127.0.0.1";
+  }
 
  private:
   void handle(const httplib::Request& request, httplib::Response& response);
@@ -63,8 +67,6 @@ class TestServer {
   std::atomic<bool> _listenerDone{false};
 
   mutable std::mutex _mutex;
-  std::condition_variable _stopping;
-  bool _stopped = false;
   std::map<std::string, std::deque<ScriptedAnswer>> _scripts;
   std::vector<ReceivedRequest> _received;
   int _logins = 0;

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "TestAuthority.hpp"
+#include "TemporaryDirectory.hpp"
 #include "TestServer.hpp"
+#include "TlsFiles.hpp"
 
 #include <tavrin/options.hpp>
 
@@ -11,23 +12,9 @@
 
 namespace tavrin::testing_support {
 
-// A directory of its own under the system's temporary directory, removed with its content.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory();
-  ~TemporaryDirectory();
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  const std::filesystem::path& path() const { return _path; }
-
- private:
-  std::filesystem::path _path;
-};
-
-// Everything a test needs to reach a scoring service over real TLS: a CA made
-// now, whose PEM lies in a temporary directory, and a test server that shows a
-// certificate for api.tavrin.com signed by it.
+// Everything a test needs to reach a scoring service over real TLS: a CA and a
+// certificate for api.tavrin.com made now in a temporary directory, and a test
+// server that shows that certificate.
 class TlsTestBed {
  public:
   TlsTestBed();
@@ -36,11 +23,13 @@ class TlsTestBed {
   ServiceOptions options(std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;
 
   TemporaryDirectory directory;
-  std::filesystem::path caFile;
-  TestAuthority authority;
-  IssuedCertificate serverCertificate;
+  sandbox::TlsFiles tls;
   TestServer server;
 };
+
+// The public key of a PEM private key file in libcurl's pinning form:
+// "sha256//" + base64 of the SHA-256 of its DER.
+std::string publicKeyPin(const std::filesystem::path& privateKeyFile);
 
 // The device profile the collection runs of these tests read.
 inline const std::string collectionProfile = TAVRIN_TEST_DATA_DIR "/profiles/collection-run.json";

@@ -8,114 +8,76 @@
 
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
-#include <thread>
 
 extern char** environ;
 
-namespace tavrin::testing {
-
-namespace {
-
-std::filesystem::path temporaryFile(const char* stem) {
-  std::string pattern = (std::filesystem::temp_directory_path() / stem).string() + "-XXXXXX";
-  const int descriptor = mkstemp(pattern.data());
-  if (descriptor < 0) throw std::runtime_error("cannot make a temporary file");
-  close(descriptor);
-  return pattern;
-}
-
-}  // namespace
+namespace tavrin::testing_support {
 
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::string& input,
-                         const std::filesystem::path& directory)
-    : _errorFile(temporaryFile("tavrin-tool-stderr")) {
-  const auto inputFile = temporaryFile("tavrin-tool-stdin");
+                         const std::filesystem::path& directory, int errors) {
+  const auto inputFile = _scratch / "stdin", errorFile = _scratch / "stderr";
   std::ofstream(inputFile, std::ios::binary) << input;
-
   int pipeEnds[2];
   if (pipe2(pipeEnds, O_CLOEXEC) != 0) throw std::runtime_error("cannot make a pipe");
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, inputFile.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], 1);
-  posix_spawn_file_actions_addopen(&actions, 2, _errorFile.c_str(), O_WRONLY | O_TRUNC, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, errorFile.c_str(), O_WRONLY | O_CREAT, 0600);
+  if (errors >= 0) posix_spawn_file_actions_adddup2(&actions, errors, 2);
   if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
-
-  std::vector<std::string> command{TAVRIN_TOOL_PATH};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (auto& argument : command) argv.push_back(argument.data());
+  std::vector<char*> argv{const_cast<char*>(TAVRIN_TOOL_PATH)};
+  for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
-  const int status = posix_spawn(&_pid, argv[0], &actions, nullptr, argv.data(), environ);
+  if (posix_spawn(&_pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) _pid = -1;
   posix_spawn_file_actions_destroy(&actions);
   close(pipeEnds[1]);
-  std::filesystem::remove(inputFile);
-  if (status != 0) {
-    close(pipeEnds[0]);
-    throw std::runtime_error("cannot start " + command[0]);
-  }
   _stdout = pipeEnds[0];
+  if (_pid < 0) {
+    close(_stdout);
+    throw std::runtime_error("cannot start " TAVRIN_TOOL_PATH);
+  }
 }
 
 ToolProcess::~ToolProcess() {
   if (!_exitCode && _pid > 0) stop(SIGKILL);
   if (_stdout >= 0) close(_stdout);
-  std::error_code ignored;
-  std::filesystem::remove(_errorFile, ignored);
 }
 
 std::optional<std::string> ToolProcess::readLine(std::chrono::milliseconds timeout) {
-  const auto deadline = std::chrono::steady_clock::now() + timeout;
-  for (;;) {
-    if (const auto end = _output.find('\n'); end != std::string::npos) {
-      std::string line = _output.substr(0, end);
-      _output.erase(0, end + 1);
-      return line;
-    }
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        deadline - std::chrono::steady_clock::now());
-    pollfd readable{_stdout, POLLIN, 0};
-    if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) <= 0) {
-      return std::nullopt;
-    }
-    char buffer[4096];
-    const ssize_t size = read(_stdout, buffer, sizeof buffer);
-    if (size <= 0) return std::nullopt;
-    _output.append(buffer, static_cast<std::size_t>(size));
+  std::size_t end;
+  while ((end = _output.find('\n')) == std::string::npos) {
+    if (!readMore(static_cast<int>(timeout.count()))) return std::nullopt;
   }
+  std::string line = _output.substr(0, end);
+  _output.erase(0, end + 1);
+  return line;
 }
 
-int ToolProcess::stop(int signal) {
-  if (!_exitCode) kill(_pid, signal);
-  return wait();
+bool ToolProcess::readMore(int timeout) {
+  pollfd readable{_stdout, POLLIN, 0};
+  int ready;
+  while ((ready = poll(&readable, 1, timeout)) < 0 && errno == EINTR) continue;
+  char buffer[4096];
+  const ssize_t size = ready > 0 ? read(_stdout, buffer, sizeof buffer) : 0;
+  if (size > 0) _output.append(buffer, static_cast<std::size_t>(size));
+  return size > 0;
 }
 
 int ToolProcess::wait() {
   if (_exitCode) return *_exitCode;
-  char buffer[4096];
-  ssize_t size;
-  while ((size = read(_stdout, buffer, sizeof buffer)) > 0 || (size < 0 && errno == EINTR)) {
-    if (size > 0) _output.append(buffer, static_cast<std::size_t>(size));
-  }
+  while (readMore(-1)) continue;
   int status = 0;
-  while (waitpid(_pid, &status, 0) < 0 && errno == EINTR) {
-  }
+  while (waitpid(_pid, &status, 0) < 0 && errno == EINTR) continue;
   _exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return *_exitCode;
-}
-
-std::string ToolProcess::errors() const {
-  std::ifstream file(_errorFile, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input,
                 const std::filesystem::path& directory) {
   ToolProcess process(arguments, input, directory);
-  const int exitCode = process.wait();
-  return {exitCode, process.output(), process.errors()};
+  return {process.wait(), process.output(), process.errors()};  // evaluated in this order
 }
 
-}  // namespace tavrin::testing
+}  // namespace tavrin::testing_support

@@ -13,11 +13,9 @@ using calendartest::loadProfile;
 
 TEST(CalendarReminderExtractor, DescribesEveryReminderWithOrWithoutDateComponents) {
   const auto platform = loadProfile("calendar-reminder-rows.json");
-  const Element element = CalendarReminderExtractor("CalendarReminders", *platform).extract();
-  EXPECT_EQ(element.Name(), "CalendarReminders");
   // Due 2021-01-01 00:00:00 UTC; then no date components; a location of
   // spaces with an empty attendee list; an empty location without one.
-  expectChildren(element, R"([
+  expectChildren(CalendarReminderExtractor("CalendarReminders", *platform).extract(), R"([
     ["new-year", 1609372800.0, 1609459200.0, true, 1609400000.75, 1, true, true, true, true, true,
      1609000000.0, 1609100000.0, "Europe/Paris", 2],
     ["no-date-components", null, null, false, null, 9, false, false, false, false, false, null,
@@ -39,57 +37,35 @@ TEST(CalendarReminderExtractor, SeesEveryRowOnceTheWaitEnds) {
   }
 }
 
-struct FetchCase {
-  const char* name;
-  const char* profile;
-  const char* children;
-};
-void PrintTo(const FetchCase& c, std::ostream* os) { *os << c.name; }
-
-class CalendarReminderFetch : public testing::TestWithParam<FetchCase> {};
-
 // Both return instead of waiting for ever; only the fetch that delivers no list
 // leaves an entry.
-TEST_P(CalendarReminderFetch, ReturnsWhenTheFetchDeliversNothing) {
-  const auto platform = loadProfile(GetParam().profile);
-  expectChildren(CalendarReminderExtractor("CalendarReminders", *platform).extract(),
-                 GetParam().children);
+TEST(CalendarReminderExtractor, ReturnsWhenTheFetchDeliversNothing) {
+  for (const auto& [profile, children] :
+       {std::pair{"calendar-reminders-empty-fetch.json", "[]"},
+        {"calendar-reminders-absent-fetch.json",
+         R"(["EXTRACTING ERROR : CalendarReminders: Reminder fetch delivered no list"])"}}) {
+    SCOPED_TRACE(profile);
+    const auto platform = loadProfile(profile);
+    expectChildren(CalendarReminderExtractor("CalendarReminders", *platform).extract(), children);
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Outcomes, CalendarReminderFetch,
-    testing::Values(
-        FetchCase{"EmptyList", "calendar-reminders-empty-fetch.json", "[]"},
-        FetchCase{"NoList", "calendar-reminders-absent-fetch.json",
-                  R"(["EXTRACTING ERROR : CalendarReminders: Reminder fetch delivered no list"])"}),
-    calendartest::caseName<FetchCase>);
-
-struct DeliveryCase {
-  const char* name;
-  std::optional<std::size_t> reminderCount;  // absent: the fetch delivers no list
-};
-void PrintTo(const DeliveryCase& c, std::ostream* os) { *os << c.name; }
-
-class CalendarReminderRelease : public testing::TestWithParam<DeliveryCase> {};
-
-TEST_P(CalendarReminderRelease, ReleasesTheWaitExactlyOnce) {
+TEST(CalendarReminderExtractor, AppendingReleasesTheWaitExactlyOnce) {
   const auto platform = loadProfile("calendar-reminders-empty-fetch.json");
   const CalendarReminderExtractor extractor("CalendarReminders", *platform);
-  Element element(extractor.dataSourceNameKey());
-  std::optional<std::vector<platform::Reminder>> reminders;
-  if (GetParam().reminderCount) reminders.emplace(*GetParam().reminderCount);
-  std::counting_semaphore<> semaphore(0);
-  CalendarReminderExtractor::appendReminderRows(reminders, semaphore, extractor, element);
-  EXPECT_TRUE(semaphore.try_acquire());
-  EXPECT_FALSE(semaphore.try_acquire());
-  EXPECT_EQ(element.ChildElements().size(), GetParam().reminderCount.value_or(1));
+  // No list, an empty one, and two reminders.
+  for (const std::optional<std::size_t> count : {std::optional<std::size_t>(), {0}, {2}}) {
+    SCOPED_TRACE(count ? std::to_string(*count) + " reminders" : "no list");
+    Element element(extractor.dataSourceNameKey());
+    std::optional<std::vector<platform::Reminder>> reminders;
+    if (count) reminders.emplace(*count);
+    std::counting_semaphore<> semaphore(0);
+    CalendarReminderExtractor::appendReminderRows(reminders, semaphore, extractor, element);
+    EXPECT_TRUE(semaphore.try_acquire());
+    EXPECT_FALSE(semaphore.try_acquire());
+    EXPECT_EQ(element.ChildElements().size(), count.value_or(1));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Deliveries, CalendarReminderRelease,
-                         testing::Values(DeliveryCase{"NoList", std::nullopt},
-                                         DeliveryCase{"EmptyList", 0},
-                                         DeliveryCase{"TwoReminders", 2}),
-                         calendartest::caseName<DeliveryCase>);
 
 }  // namespace
 }  // namespace tavrin

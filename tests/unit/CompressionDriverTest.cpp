@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 namespace tavrin {
 namespace {
 
@@ -14,81 +16,54 @@ using namespace testdata;
 // 0, 1, 2, ... (or fills the room when `produce` is `fill`) and returns
 // `status`, recording the room it was offered. Called past its script it
 // ends quietly, so only the driver itself can turn a script into a failure.
-class ScriptedStream final : public CodecStream {
- public:
-  static constexpr std::size_t fill = ~std::size_t{0};
-  struct Call {
-    std::size_t produce;
-    StreamStatus status;
-  };
+constexpr std::size_t fill = ~std::size_t{0};
+using Script = std::vector<std::pair<std::size_t, StreamStatus>>;  // produce, status
 
-  explicit ScriptedStream(std::vector<Call> script) : _script(std::move(script)) {}
+struct ScriptedStream final : CodecStream {
+  explicit ScriptedStream(Script calls) : script(std::move(calls)) {}
 
   StreamStatus process(std::span<const std::uint8_t>& source,
                        std::span<std::uint8_t>& destination) override {
     offered.push_back(destination.size());
     source = {};
-    if (_next == _script.size()) return StreamStatus::end;
-    const Call call = _script[_next++];
-    const std::size_t count = call.produce == fill ? destination.size() : call.produce;
-    for (std::size_t index = 0; index < count; ++index) {
-      destination[index] = static_cast<std::uint8_t>(_written++);
-    }
+    if (next == script.size()) return StreamStatus::end;
+    const auto [produce, status] = script[next++];
+    const std::size_t count = produce == fill ? destination.size() : produce;
+    for (auto& byte : destination.first(count)) byte = static_cast<std::uint8_t>(written++);
     destination = destination.subspan(count);
-    return call.status;
+    return status;
   }
 
+  Script script;
   std::vector<std::size_t> offered;
-
- private:
-  std::vector<Call> _script;
-  std::size_t _next = 0;
-  std::size_t _written = 0;
+  std::size_t next = 0, written = 0;
 };
-constexpr auto fill = ScriptedStream::fill;
 
-using Sizes = std::pair<std::size_t, std::size_t>;  // source length, buffer size
-
-class DriverBuffer : public ::testing::TestWithParam<Sizes> {};
-
-TEST_P(DriverBuffer, IsTheSourceLengthClampedTo64Through65536AndReused) {
-  const auto [sourceLength, size] = GetParam();
-  ScriptedStream stream(
-      {{fill, StreamStatus::ok}, {fill, StreamStatus::ok}, {5, StreamStatus::end}});
-  const auto result = CompressionDriver::drive(stream, Bytes(sourceLength, 0), Bytes{0xAA});
-  EXPECT_EQ(stream.offered, (std::vector<std::size_t>{size, size, size}));
-  Bytes expected = {0xAA};
-  for (std::size_t index = 0; index < 2 * size + 5; ++index) {
-    expected.push_back(static_cast<std::uint8_t>(index));
+TEST(Driver, BufferIsTheSourceLengthClampedTo64Through65536AndReused) {
+  using Sizes = std::pair<std::size_t, std::size_t>;  // source length, buffer size
+  for (const auto& [sourceLength, size] :
+       {Sizes{0, 64}, Sizes{64, 64}, Sizes{65, 65}, Sizes{65536, 65536}, Sizes{300000, 65536}}) {
+    ScriptedStream stream(
+        {{fill, StreamStatus::ok}, {fill, StreamStatus::ok}, {5, StreamStatus::end}});
+    const auto result = CompressionDriver::drive(stream, Bytes(sourceLength, 0), Bytes{0xAA});
+    EXPECT_EQ(stream.offered, (std::vector<std::size_t>{size, size, size})) << sourceLength;
+    Bytes written(2 * size + 5);
+    std::iota(written.begin(), written.end(), std::uint8_t{0});
+    EXPECT_EQ(result, Bytes{0xAA} + written) << sourceLength;
   }
-  EXPECT_EQ(result, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Driver, DriverBuffer,
-                         ::testing::Values(Sizes{0, 64}, Sizes{64, 64}, Sizes{65, 65},
-                                           Sizes{65536, 65536}, Sizes{300000, 65536}));
-
-struct Script {
-  const char* name;
-  std::vector<ScriptedStream::Call> calls;
-  bool succeeds;
-};
-
-class DriverScript : public ::testing::TestWithParam<Script> {};
-
-TEST_P(DriverScript, GivesAllOutputOrNone) {
-  ScriptedStream stream(GetParam().calls);
-  EXPECT_EQ(CompressionDriver::drive(stream, Bytes(100, 0), {}).has_value(), GetParam().succeeds);
+TEST(Driver, GivesAllOutputOrNone) {
+  for (const auto& [script, succeeds] : std::vector<std::pair<Script, bool>>{
+           {{{fill, StreamStatus::end}}, true},  // ends with a full buffer
+           {{{99, StreamStatus::ok}}, false},    // room left: input ran out
+           {{{0, StreamStatus::ok}}, false},     // nothing written
+           {{{fill, StreamStatus::ok}, {3, StreamStatus::error}}, false}}) {  // error after output
+    ScriptedStream stream(script);
+    EXPECT_EQ(CompressionDriver::drive(stream, Bytes(100, 0), {}).has_value(), succeeds)
+        << script.size() << " calls, the first producing " << script[0].first;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Driver, DriverScript,
-    ::testing::Values(
-        Script{"EndWithAFullBuffer", {{fill, StreamStatus::end}}, true},
-        Script{"OkWithRoomLeftIsInputRunOut", {{99, StreamStatus::ok}}, false},
-        Script{"OkWithNothingWritten", {{0, StreamStatus::ok}}, false},
-        Script{"ErrorAfterOutput", {{fill, StreamStatus::ok}, {3, StreamStatus::error}}, false}),
-    caseName);
 
 class DecoderLimit : public ::testing::TestWithParam<CompressionAlgorithm> {};
 

@@ -28,12 +28,13 @@ class ThrowingObserver : public CollectionObserver {
   void sourceStarted(std::string_view) override { throw std::runtime_error("display broke"); }
 };
 
-TEST(DataExtractorManagerObserver, HearsEverySourceStartAndFinishInRunOrder) {
+// The observer hears every source start and finish in run order; one that
+// throws does not change the run.
+TEST(DataExtractorManagerObserver, HearsEverySourceInRunOrderAndCannotBreakTheRun) {
   DataExtractorManager manager(platform::makeLinuxPlatform("observer-test"));
   RecordingObserver observer;
   manager.setObserver(&observer);
   const DatasetDocument document = manager.extractData();
-
   std::vector<std::string> expected;
   for (std::size_t i = 1; i < document.size(); ++i) {
     expected.push_back("started " + document[i].Name());
@@ -42,14 +43,10 @@ TEST(DataExtractorManagerObserver, HearsEverySourceStartAndFinishInRunOrder) {
   }
   EXPECT_EQ(observer.calls, expected);
   EXPECT_EQ(observer.calls.size(), 2 * manager.extractors().size());
-}
 
-TEST(DataExtractorManagerObserver, AnObserverThatThrowsChangesNothing) {
-  DataExtractorManager manager(platform::makeLinuxPlatform("observer-test"));
-  const std::size_t sections = manager.extractData().size();
-  ThrowingObserver observer;
-  manager.setObserver(&observer);
-  EXPECT_EQ(manager.extractData().size(), sections);
+  ThrowingObserver throwing;
+  manager.setObserver(&throwing);
+  EXPECT_EQ(manager.extractData().size(), document.size());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The profile writer against the loader: whatever it writes must read back to
-// the same phone, for every shipped profile and for the values that are hard
-// to write (escapes, extreme numbers, the members whose null means something).
+// the same phone, for every shipped profile (among them the members whose
+// null means something) and for the values that are hard to write (escapes,
+// extreme numbers).
 
 #include "generator/DeviceProfileWriter.hpp"
 
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <limits>
 #include <sstream>
+#include <tuple>
 
 namespace tavrin::tool {
 namespace {
@@ -28,11 +30,6 @@ std::string written(const DeviceProfile& profile) {
   return text.str();
 }
 
-std::string fileText(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // The dataset a collection of this phone uploads.
 std::string datasetOf(const DeviceProfile& profile) {
   auto phone = std::make_shared<ProfilePlatform>(profile);
@@ -41,21 +38,23 @@ std::string datasetOf(const DeviceProfile& profile) {
   return writeJson(manager.extractData()).str();
 }
 
-std::vector<std::filesystem::path> shippedProfiles() {
-  std::vector<std::filesystem::path> paths;
+std::vector<std::string> shippedProfiles() {
+  std::vector<std::string> paths;
   for (const auto* dir : {"/examples/profiles", "/tests/data/profiles", "/tests/data"}) {
     for (const auto& entry :
          std::filesystem::directory_iterator(std::string(TAVRIN_SOURCE_DIR) + dir)) {
-      if (entry.path().extension() == ".json") paths.push_back(entry.path());
+      if (entry.path().extension() == ".json") paths.push_back(entry.path().string());
     }
   }
   return paths;
 }
 
-class ShippedProfile : public testing::TestWithParam<std::filesystem::path> {};
+class ShippedProfile : public testing::TestWithParam<std::string> {};
 
 TEST_P(ShippedProfile, ReadsBackAsTheSamePhone) {
-  const auto original = readDeviceProfile(fileText(GetParam()), GetParam().string());
+  std::ifstream file(GetParam(), std::ios::binary);
+  const auto original =
+      readDeviceProfile(std::string(std::istreambuf_iterator<char>(file), {}), GetParam());
   const auto text = written(original);
   const auto reread = readDeviceProfile(text, "rewritten.json");
   // Writing what was read gives the same text again, and the same phone:
@@ -68,74 +67,38 @@ TEST_P(ShippedProfile, ReadsBackAsTheSamePhone) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Profiles, ShippedProfile, testing::ValuesIn(shippedProfiles()),
-                         [](const auto& test) {
-                           std::string name = test.param.stem().string();
-                           for (auto& c : name) {
-                             if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-                           }
-                           return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Profiles, ShippedProfile, testing::ValuesIn(shippedProfiles()));
 
+// Null labels and lists, failing queries and left-out answers are in the
+// shipped profiles above; these values are in none of them.
 TEST(DeviceProfileWriter, KeepsTextsAndNumbersThatAreHardToWrite) {
   DeviceProfile profile;
-  Contact contact;
+  auto& contact = profile.contacts.list.emplace_back();
   contact.identifier = "quote\" backslash\\ control\x01\x1f tab\t line\n";
   contact.givenName = "Zoë 王伟 🙂";
   contact.birthday = 0.1;
   contact.nonGregorianBirthday = -1e300;
   contact.contactType = std::numeric_limits<std::int64_t>::min();
-  contact.phoneNumbers.push_back({"p", std::nullopt, ""});
-  profile.contacts.list.push_back(contact);
   profile.contacts.failAfter = 0;
-  profile.contacts.groupsError = "groups refused";
   profile.device.physicalMemory = std::numeric_limits<std::uint64_t>::max();
   profile.device.machine[0] = 'a';
   profile.device.machine[2] = 'b';  // a zero byte inside
-  profile.device.fileSystem.reset();
-  profile.permissions[0].answer = 2;
-  profile.reminders.reset();
-  profile.captureDevices.emplace();
-  profile.captureDevices->emplace_back();  // something that is not a capture device
-  CaptureDevice camera;
+  auto& camera = profile.captureDevices->emplace_back().emplace();
   camera.lensAperture = 0.1f;
   camera.activeFormat.mediaType = 0x01020304;  // not printable: written as a number
   camera.activeFormat.mediaSubType = 0x34323066;
-  profile.captureDevices->push_back(camera);
 
   const auto back = readDeviceProfile(written(profile), "hard.json");
-  ASSERT_EQ(back.contacts.list.size(), 1U);
-  const auto& c = back.contacts.list[0];
-  EXPECT_EQ(c.identifier, contact.identifier);
-  EXPECT_EQ(c.givenName, contact.givenName);
-  EXPECT_EQ(c.birthday, 0.1);
-  EXPECT_EQ(c.nonGregorianBirthday, -1e300);
-  EXPECT_EQ(c.contactType, std::numeric_limits<std::int64_t>::min());
-  ASSERT_EQ(c.phoneNumbers.size(), 1U);
-  EXPECT_FALSE(c.phoneNumbers[0].label.has_value());
-  EXPECT_EQ(back.contacts.failAfter, 0U);
-  EXPECT_EQ(back.contacts.groupsError, "groups refused");
-  EXPECT_EQ(back.device.physicalMemory, std::numeric_limits<std::uint64_t>::max());
-  EXPECT_EQ(back.device.machine, profile.device.machine);
-  EXPECT_FALSE(back.device.fileSystem.has_value());
-  EXPECT_EQ(back.permissions[0].answer, 2);
-  EXPECT_FALSE(back.reminders.has_value());
-  ASSERT_TRUE(back.captureDevices.has_value());
-  ASSERT_EQ(back.captureDevices->size(), 2U);
-  EXPECT_FALSE((*back.captureDevices)[0].has_value());
-  const auto& device = *(*back.captureDevices)[1];
-  EXPECT_EQ(device.lensAperture, 0.1f);
-  EXPECT_EQ(device.activeFormat.mediaType, 0x01020304U);
-  EXPECT_EQ(device.activeFormat.mediaSubType, 0x34323066U);
-}
-
-TEST(DeviceProfileWriter, TellsAnEmptyAnswerFromNoAnswer) {
-  // Left out, these three are empty answers; only null makes the query fail.
-  DeviceProfile profile;
-  const auto back = readDeviceProfile(written(profile), "defaults.json");
-  EXPECT_TRUE(back.device.fileSystem.has_value());
-  EXPECT_TRUE(back.reminders.has_value());
-  EXPECT_TRUE(back.captureDevices.has_value());
+  ASSERT_TRUE(back.contacts.list.size() == 1 && back.captureDevices &&
+              back.captureDevices->size() == 1 && back.captureDevices->front());
+  const auto hardValues = [](const DeviceProfile& p) {
+    const auto& c = p.contacts.list[0];
+    const auto& d = *p.captureDevices->front();
+    return std::tuple(c.identifier, c.givenName, c.birthday, c.nonGregorianBirthday, c.contactType,
+                      p.contacts.failAfter, p.device.physicalMemory, p.device.machine,
+                      d.lensAperture, d.activeFormat.mediaType, d.activeFormat.mediaSubType);
+  };
+  EXPECT_EQ(hardValues(back), hardValues(profile));
 }
 
 }  // namespace

@@ -5,34 +5,25 @@
 namespace tavrin::platform {
 namespace {
 
-struct AssignmentCase {
-  const char* text;
-  std::optional<std::string> name;  // the value of NAME, or absent
-};
-
-class OsReleaseParse : public testing::TestWithParam<AssignmentCase> {};
-
-TEST_P(OsReleaseParse, ReadsShellStyleAssignments) {
-  EXPECT_EQ(OsRelease::parse(GetParam().text).value("NAME"), GetParam().name) << GetParam().text;
+TEST(OsRelease, ReadsShellStyleAssignments) {
+  // A text, and the value of NAME in it (absent: none). Plain quoted values and files
+  // without a NAME are read by LinuxPlatformTest; lines past a bad one, below.
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {"NAME=Fedora", "Fedora"},
+      {R"(NAME="say \"hi\" \\ \$HOME \`x\`")", R"(say "hi" \ $HOME `x`)"},
+      {R"(NAME='no \escapes here')", R"(no \escapes here)"},
+      {"NAME=\"Debian\"  \r\n", "Debian"},
+      {"  NAME=indented\n", "indented"},
+      {"NAME=", ""},
+      {"NAME=first\nNAME=second", "second"},
+      {"# NAME=commented out", std::nullopt},
+      {"NAME=\"left open", std::nullopt},
+      {"NAME =spaced key", std::nullopt},
+      {"", std::nullopt}};
+  for (const auto& [text, name] : cases) {
+    EXPECT_EQ(OsRelease::parse(text).value("NAME"), name) << text;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Lines, OsReleaseParse,
-    testing::Values(AssignmentCase{"NAME=Fedora", "Fedora"},
-                    AssignmentCase{"NAME=\"Debian GNU/Linux\"", "Debian GNU/Linux"},
-                    AssignmentCase{"NAME='Arch Linux'", "Arch Linux"},
-                    AssignmentCase{R"(NAME="say \"hi\" \\ \$HOME \`x\`")",
-                                   R"(say "hi" \ $HOME `x`)"},
-                    AssignmentCase{R"(NAME='no \escapes here')", R"(no \escapes here)"},
-                    AssignmentCase{"NAME=\"Debian\"  \r\n", "Debian"},
-                    AssignmentCase{"  NAME=indented\n", "indented"}, AssignmentCase{"NAME=", ""},
-                    AssignmentCase{"NAME=first\nNAME=second", "second"},
-                    AssignmentCase{"# NAME=commented out", std::nullopt},
-                    AssignmentCase{"NAME=\"left open", std::nullopt},
-                    AssignmentCase{"NAME =spaced key", std::nullopt},
-                    AssignmentCase{"not an assignment\nNAME=after", "after"},
-                    AssignmentCase{"\n\n\nID=debian\n", std::nullopt},
-                    AssignmentCase{"", std::nullopt}));
 
 TEST(OsRelease, AMalformedLineLeavesTheOthers) {
   const auto release =

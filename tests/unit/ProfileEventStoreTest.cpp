@@ -7,7 +7,8 @@
 namespace tavrin::platform {
 namespace {
 
-// A granted calendar in Berlin with two calendars and the given events.
+// A device in Berlin with the calendars "home" and "work" and the given events; access is
+// granted unless another status is given.
 std::shared_ptr<ProfilePlatform> calendarWith(const std::string& events,
                                               const std::string& status = "3") {
   return ProfilePlatform::fromText(R"({
@@ -19,107 +20,89 @@ std::shared_ptr<ProfilePlatform> calendarWith(const std::string& events,
                                    "events.json");
 }
 
-std::vector<double> startsOf(const std::vector<Event>& events) {
-  std::vector<double> starts;
-  for (const auto& e : events) starts.push_back(e.startDate.value_or(-1));
-  return starts;
+// The starts of the one recurring event in the range; each occurrence is dated by its own
+// start and lasts as long as the first.
+std::vector<double> starts(const std::string& event, double from, double to) {
+  const auto events = calendarWith(event)->events().events(from, to, {"home", "work"});
+  std::vector<double> found;
+  for (const auto& e : events) {
+    found.push_back(e.startDate.value_or(-1));
+    EXPECT_EQ(e.occurrenceDate, e.startDate);
+    EXPECT_EQ(*e.endDate - *e.startDate, *events[0].endDate - *events[0].startDate);
+  }
+  return found;
 }
 
-std::vector<double> starts(ProfilePlatform& platform, double from, double to,
-                           const std::vector<std::string>& calendars = {"home", "work"}) {
-  return startsOf(platform.events().events(from, to, calendars));
-}
-
+using Starts = std::vector<double>;
 constexpr double hour = 3600, day = 86400;
 
-TEST(ProfileEventStore, MonthlyOnThe31stFallsOnTheLastDayOfShorterMonths) {
-  // 2020-01-31 19:00 Berlin, 90 minutes; the clocks go forward on 29 March.
-  auto platform = calendarWith(R"({"calendarIdentifier": "home", "calendarItemIdentifier": "m",
-    "startDate": 1580493600, "endDate": 1580499000,
-    "recurrence": {"frequency": "monthly", "count": 5}})");
-  const auto events = platform->events().events(1577836800, 1609459199, {"home"});
-  EXPECT_EQ(startsOf(events),
-            (std::vector<double>{1580493600, 1582999200, 1585674000, 1588266000, 1590944400}));
-  for (const auto& e : events) {
-    EXPECT_EQ(e.occurrenceDate, e.startDate);
-    EXPECT_EQ(*e.endDate - *e.startDate, 5400);
-    EXPECT_TRUE(e.hasRecurrenceRules);
-    EXPECT_EQ(e.calendarItemIdentifier, "m");
-  }
+TEST(ProfileEventStore, SeriesFollowTheCalendarOfTheirZone) {
+  // Monthly on the 31st, 19:00 Berlin for 90 minutes: on the last day of shorter months,
+  // and across the clocks going forward on 29 March.
+  EXPECT_EQ(starts(R"({"calendarIdentifier": "home", "startDate": 1580493600, "endDate": 1580499000,
+                       "recurrence": {"frequency": "monthly", "count": 5}})",
+                   1577836800, 1609459199),
+            (Starts{1580493600, 1582999200, 1585674000, 1588266000, 1590944400}));
+  // Yearly at noon UTC on 29 February 2020: on the 28th in other years.
+  EXPECT_EQ(starts(R"({"calendarIdentifier": "home", "timeZone": "UTC", "startDate": 1582977600,
+                       "endDate": 1582981200, "recurrence": {"frequency": "yearly"}})",
+                   1582977600, 1582977600 + 4 * 366 * day),
+            (Starts{1582977600, 1614513600, 1646049600, 1677585600, 1709208000}));
+  // Daily at 09:00 in New York, whose clocks go forward on 8 March 2020, on a device in
+  // Berlin: the local time of its own zone is kept.
+  EXPECT_EQ(starts(R"({"calendarIdentifier": "work", "timeZone": "America/New_York",
+                       "startDate": 1583589600, "endDate": 1583593200,
+                       "recurrence": {"frequency": "daily", "interval": 1, "count": 3}})",
+                   1580000000, 1600000000),
+            (Starts{1583589600, 1583672400, 1583758800}));
+  // Mondays 10:00 Berlin from 23 March 2020, until the 6 April occurrence inclusive.
+  EXPECT_EQ(starts(R"({"calendarIdentifier": "home", "startDate": 1584954000, "endDate": 1584957600,
+                       "recurrence": {"frequency": "weekly", "until": 1586160000}})",
+                   1580000000, 1600000000),
+            (Starts{1584954000, 1585555200, 1586160000}));
 }
 
-TEST(ProfileEventStore, YearlyOnTheLeapDayFallsOnThe28thInOtherYears) {
-  auto platform = calendarWith(R"({"calendarIdentifier": "home", "timeZone": "UTC",
-    "startDate": 1582977600, "endDate": 1582981200, "recurrence": {"frequency": "yearly"}})");
-  const auto found = starts(*platform, 1582977600, 1582977600 + 4 * 366 * day);
-  ASSERT_EQ(found.size(), 5U);
-  EXPECT_EQ(found[1], 1614513600);  // 2021-02-28 12:00
-  EXPECT_EQ(found[4], 1709208000);  // 2024-02-29 12:00
-}
-
-TEST(ProfileEventStore, DailyKeepsItsLocalTimeAcrossADaylightSavingChangeOfItsOwnZone) {
-  // 09:00 in New York, whose clocks go forward on 8 March 2020; the device is in Berlin.
-  auto platform = calendarWith(R"({"calendarIdentifier": "work", "timeZone": "America/New_York",
-    "startDate": 1583589600, "endDate": 1583593200,
-    "recurrence": {"frequency": "daily", "interval": 1, "count": 3}})");
-  EXPECT_EQ(starts(*platform, 1580000000, 1600000000),
-            (std::vector<double>{1583589600, 1583672400, 1583758800}));
-}
-
-TEST(ProfileEventStore, WeeklyEndsAtItsUntilDate) {
-  // Mondays 10:00 Berlin from 23 March 2020; until the 6 April occurrence, inclusive.
-  auto platform = calendarWith(R"({"calendarIdentifier": "home",
-    "startDate": 1584954000, "endDate": 1584957600,
-    "recurrence": {"frequency": "weekly", "until": 1586160000}})");
-  EXPECT_EQ(starts(*platform, 1580000000, 1600000000),
-            (std::vector<double>{1584954000, 1585555200, 1586160000}));
-}
-
-TEST(ProfileEventStore, AnOldDailySeriesIsEnteredNearTheRange) {
-  // Daily at 09:00 Berlin since 1 January 1970, asked for 1 June 2020 only.
-  auto platform = calendarWith(R"({"calendarIdentifier": "home",
-    "startDate": 28800, "endDate": 32400, "recurrence": {"frequency": "daily"}})");
-  EXPECT_EQ(starts(*platform, 1590962400, 1590962400 + day - 1), (std::vector<double>{1590994800}));
-  // An occurrence under way at the start of the range overlaps it.
-  EXPECT_EQ(starts(*platform, 1590994800 + 0.5 * hour, 1590994800 + hour),
-            (std::vector<double>{1590994800}));
-}
-
-TEST(ProfileEventStore, RangeOverlapIsClosedAndOpenDatesReachEverywhere) {
-  auto platform = calendarWith(R"(
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "endsAtStart", "startDate": 100, "endDate": 200},
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "startsAtEnd", "startDate": 300, "endDate": 400},
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "before", "startDate": 100, "endDate": 199.5},
-    {"calendarIdentifier": "home", "calendarItemIdentifier": "after", "startDate": 300.5, "endDate": 400},
-    {"calendarIdentifier": "work", "calendarItemIdentifier": "noStart", "endDate": 250},
-    {"calendarIdentifier": "work", "calendarItemIdentifier": "noDates"},
-    {"calendarIdentifier": "work", "calendarItemIdentifier": "noEnd", "startDate": 5000})");
-  std::vector<std::string> found;
-  for (const auto& e : platform->events().events(200, 300, {"home", "work"})) {
-    found.push_back(e.calendarItemIdentifier);
-  }
-  EXPECT_EQ(found, (std::vector<std::string>{"endsAtStart", "startsAtEnd", "noStart", "noDates"}));
-  EXPECT_EQ(platform->events().events(200, 300, {"home"}).size(), 2U);
-  EXPECT_EQ(platform->events().events(4000, 6000, {"work"}).size(), 2U);
-}
-
-TEST(ProfileEventStore, ALongRangeIsCutToFourYears) {
-  auto platform = calendarWith(R"({"calendarIdentifier": "home", "timeZone": "UTC",
-    "startDate": 0, "endDate": 60, "recurrence": {"frequency": "daily"}})");
-  const auto found = starts(*platform, 0, 1e300);
+// Daily at 09:00 Berlin since 1 January 1970: asked for 1 June 2020 only, and for a range
+// that starts while that day's occurrence is under way. Asked for everything: four years.
+TEST(ProfileEventStore, AnOldDailySeriesIsEnteredNearTheRangeAndCutToFourYears) {
+  const char* daily = R"({"calendarIdentifier": "home",
+    "startDate": 28800, "endDate": 32400, "recurrence": {"frequency": "daily"}})";
+  EXPECT_EQ(starts(daily, 1590962400, 1590962400 + day - 1), Starts{1590994800});
+  EXPECT_EQ(starts(daily, 1590994800 + 0.5 * hour, 1590994800 + hour), Starts{1590994800});
+  const auto found = starts(R"({"calendarIdentifier": "home", "timeZone": "UTC",
+    "startDate": 0, "endDate": 60, "recurrence": {"frequency": "daily"}})",
+                            0, 1e300);
   ASSERT_EQ(found.size(), static_cast<std::size_t>(4 * 366 + 1));
   EXPECT_EQ(found.back(), ProfileEventStore::longestRange);
 }
 
-TEST(ProfileEventStore, NothingIsFoundWithoutAuthorizationOrForAnInvertedRange) {
-  const char* event = R"({"calendarIdentifier": "home", "startDate": 10, "endDate": 20})";
-  EXPECT_TRUE(starts(*calendarWith(event, "2"), 0, 100).empty());
-  EXPECT_TRUE(calendarWith(event, "2")->events().calendars(EntityType::event).empty());
-  const auto granted = calendarWith(event);
-  EXPECT_TRUE(starts(*granted, 100, 0).empty());
-  EXPECT_EQ(starts(*granted, 0, 100).size(), 1U);
-  EXPECT_EQ(granted->events().calendars(EntityType::event).size(), 2U);
-  EXPECT_TRUE(granted->events().calendars(7).empty());
+// Events at the edges of the range 200 to 300, and events with open dates.
+constexpr const char* edges = R"(
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "endsAtStart", "startDate": 100, "endDate": 200},
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "startsAtEnd", "startDate": 300, "endDate": 400},
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "before", "startDate": 100, "endDate": 199.5},
+  {"calendarIdentifier": "home", "calendarItemIdentifier": "after", "startDate": 300.5, "endDate": 400},
+  {"calendarIdentifier": "work", "calendarItemIdentifier": "noStart", "endDate": 250},
+  {"calendarIdentifier": "work", "calendarItemIdentifier": "noDates"},
+  {"calendarIdentifier": "work", "calendarItemIdentifier": "noEnd", "startDate": 5000})";
+
+// The range is closed and open dates reach everywhere; nothing is found without
+// authorization or for an inverted range.
+TEST(ProfileEventStore, FindsTheEventsThatOverlapTheRange) {
+  const auto platform = calendarWith(edges);
+  std::vector<std::string> found;
+  for (const auto& e : platform->events().events(200, 300, {"home", "work"}))
+    found.push_back(e.calendarItemIdentifier);
+  EXPECT_EQ(found, (std::vector<std::string>{"endsAtStart", "startsAtEnd", "noStart", "noDates"}));
+  EXPECT_EQ(platform->events().events(200, 300, {"home"}).size(), 2U);
+  EXPECT_EQ(platform->events().events(4000, 6000, {"work"}).size(), 2U);
+  EXPECT_TRUE(platform->events().events(300, 200, {"home", "work"}).empty());
+  EXPECT_EQ(platform->events().calendars(EntityType::event).size(), 2U);
+  EXPECT_TRUE(platform->events().calendars(7).empty());
+
+  const auto refused = calendarWith(edges, "2");
+  EXPECT_TRUE(refused->events().events(200, 300, {"home", "work"}).empty());
+  EXPECT_TRUE(refused->events().calendars(EntityType::event).empty());
 }
 
 }  // namespace

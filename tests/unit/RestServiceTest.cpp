@@ -3,20 +3,18 @@
 #include "../support/ExpectTavrinError.hpp"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <deque>
-#include <stdexcept>
 
 namespace tavrin {
 namespace {
 
 using testing_support::expectTavrinError;
-using Json = nlohmann::json;
+using enum ErrorType;
 
 constexpr const char* baseUrl = "https://api.tavrin.com:8443";
 constexpr const char* firstTokens = R"({"token_type":"Bearer","access_token":"first"})";
-constexpr const char* secondTokens = R"({"token_type":"Bearer","access_token":"second"})";
+constexpr const char* keyInvalid = "invalid_grant_key. Authentication key is invalid";
 
 // Plays back scripted outcomes in order and keeps every request it was given.
 class ScriptedTransport final : public HttpTransport {
@@ -43,105 +41,82 @@ std::string header(const HttpRequest& request, const std::string& name) {
   return "(absent)";
 }
 
+const HttpResponse bare401{401, ""};
+const HttpResponse newTokens{200, R"({"token_type":"Bearer","access_token":"second"})"};
+const TransportFailure unreachable{"refused"};
+
+enum class Exchange { login, check, upload };
+using enum Exchange;
+
 class RestServiceTest : public testing::Test {
  protected:
-  explicit RestServiceTest(std::string url = baseUrl) {
-    auto scripted = std::make_unique<ScriptedTransport>();
-    transport = scripted.get();
-    service = std::make_unique<RestService>(std::move(url), std::move(scripted));
-  }
-
   void answer(long status, std::string body) {
     transport->outcomes.emplace_back(HttpResponse{status, std::move(body)});
   }
-  void failInTransport() { transport->outcomes.emplace_back(TransportFailure{"refused"}); }
 
   // Logs in with "key-1" (token "first") and forgets that request.
   void logIn() {
     answer(200, firstTokens);
-    service->login("key-1");
+    service.login("key-1");
     transport->requests.clear();
   }
 
-  // A bare 401, a login that hands out token "second", then the given answer.
-  void answerAfterRelogin(std::string body) {
-    answer(401, "");
-    answer(200, secondTokens);
-    answer(200, std::move(body));
+  // Runs one exchange and gives its result as text; for a login, the Authorization
+  // header that the next request carries.
+  std::string perform(Exchange exchange) {
+    switch (exchange) {
+      case login:
+        service.login("key-1");
+        answer(200, "true");
+        service.checkUniqueness("r-1");
+        return header(transport->requests.back(), "Authorization");
+      case check: return service.checkUniqueness("r-1") ? "true" : "false";
+      case upload: return service.upload("QUJD", "r-1");
+    }
+    return "";
   }
 
-  std::string uploadWithRelogin() {
-    return service->withRelogin([&] { return service->upload("QUJD", "r-1"); });
-  }
-
-  ScriptedTransport* transport = nullptr;
-  std::unique_ptr<RestService> service;
+  ScriptedTransport* transport = new ScriptedTransport;  // owned by the service
+  RestService service{baseUrl, std::unique_ptr<HttpTransport>(transport)};
 };
 
 // --- the three request shapes
 
-TEST_F(RestServiceTest, LoginPostsTheKeyAloneWithoutAuthorization) {
-  answer(200, firstTokens);
-  service->login("key \"1\"");
+TEST_F(RestServiceTest, SendsEachRequestWithItsExactBody) {
+  transport->outcomes = {HttpResponse{200, firstTokens}, HttpResponse{200, "true"},
+                         HttpResponse{200, R"("ok")"}};
+  service.login("key \"1\"");
+  service.checkUniqueness("r-1");
+  service.upload("QUJD+/8=", "r\"1\\é");
 
-  ASSERT_EQ(transport->requests.size(), 1u);
-  const HttpRequest& request = transport->requests[0];
-  EXPECT_EQ(request.url, "https://api.tavrin.com:8443/v4.0/account/tavrinLogin");
-  EXPECT_EQ(request.method, "POST");
-  EXPECT_EQ(
-      request.headers,
-      (std::vector<std::pair<std::string, std::string>>{{"Content-Type", "application/json"}}));
-  EXPECT_EQ(request.body, R"({"authKey":"key \"1\""})");
+  // Paths and methods are checked over the wire; here the exact headers and bytes: per
+  // request, how many headers, the Authorization header and the body.
+  std::vector<std::string> sent;
+  for (const HttpRequest& r : transport->requests) {
+    EXPECT_EQ(header(r, "Content-Type"), "application/json");
+    sent.push_back(std::to_string(r.headers.size()) + " " + header(r, "Authorization") + " " +
+                   r.body);
+  }
+  EXPECT_EQ(sent,
+            (std::vector<std::string>{
+                R"(1 (absent) {"authKey":"key \"1\""})", R"(2 Bearer first {"recordNumber":"r-1"})",
+                R"(2 Bearer first {"data":"QUJD+/8=","recordNumber":"r\"1\\é"})"}));
 }
 
-TEST_F(RestServiceTest, CheckCarriesTheTokenPairAndTheRecordNumber) {
-  logIn();
-  answer(200, "true");
-  service->checkUniqueness("r-1");
-
-  ASSERT_EQ(transport->requests.size(), 1u);
-  const HttpRequest& request = transport->requests[0];
-  EXPECT_EQ(request.url, "https://api.tavrin.com:8443/v4.0/datasets/recordNumber/checkuniqueness");
-  EXPECT_EQ(request.method, "POST");
-  EXPECT_EQ(header(request, "Content-Type"), "application/json");
-  EXPECT_EQ(header(request, "Authorization"), "Bearer first");
-  EXPECT_EQ(request.body, R"({"recordNumber":"r-1"})");
-}
-
-TEST_F(RestServiceTest, UploadBodyHoldsExactlyDataAndRecordNumber) {
-  logIn();
-  answer(200, R"("ok")");
-  service->upload("QUJD+/8=", "r\"1\\é");
-
-  ASSERT_EQ(transport->requests.size(), 1u);
-  const HttpRequest& request = transport->requests[0];
-  EXPECT_EQ(request.url, "https://api.tavrin.com:8443/v4.0/datasets/upload");
-  EXPECT_EQ(header(request, "Authorization"), "Bearer first");
-  EXPECT_EQ(request.body, R"({"data":"QUJD+/8=","recordNumber":"r\"1\\é"})");
-}
-
-TEST_F(RestServiceTest, TextThatIsNotUtf8IsRejectedBeforeAnyTraffic) {
-  expectTavrinError([&] { service->login("key\xFF"); }, ErrorType::invalidInput,
+// Any request would be unscripted, and fail the test.
+TEST_F(RestServiceTest, BadTextOrBaseUrlFailsBeforeAnyTraffic) {
+  expectTavrinError([&] { service.login("key\xFF"); }, invalidInput,
                     "Request text is not valid UTF-8");
-  EXPECT_TRUE(transport->requests.empty());
+  RestService unparsable("leading text https://api.tavrin.com",
+                         std::make_unique<ScriptedTransport>());
+  expectTavrinError([&] { unparsable.login("key-1"); }, invalidInput, "Url is incorrect");
 }
 
-class UnparsableBaseUrl : public RestServiceTest {
- protected:
-  UnparsableBaseUrl() : RestServiceTest("leading text https://api.tavrin.com") {}
-};
-
-TEST_F(UnparsableBaseUrl, FailsTheRequestBeforeAnyTraffic) {
-  expectTavrinError([&] { service->login("key-1"); }, ErrorType::invalidInput, "Url is incorrect");
-  EXPECT_TRUE(transport->requests.empty());
-}
-
-// --- status mapping, the same for all three exchanges
-
-enum class Exchange { login, check, upload };
+// --- status mapping, the same for all three exchanges; which bodies are recognised
+// is read by ErrorFromBodyTest
 
 struct MappingRow {
-  long status;
+  long status;  // 0: the transport fails
   std::string body;
   ErrorType type;
   std::optional<std::string> message;
@@ -153,172 +128,71 @@ class StatusMapping : public RestServiceTest,
 TEST_P(StatusMapping, GivesTheErrorOfTheRow) {
   const auto& [exchange, row] = GetParam();
   logIn();
-  answer(row.status, row.body);
-  expectTavrinError(
-      [&, exchange = exchange] {
-        switch (exchange) {
-          case Exchange::login: service->login("key-1"); break;
-          case Exchange::check: service->checkUniqueness("r-1"); break;
-          case Exchange::upload: service->upload("QUJD", "r-1"); break;
-        }
-      },
-      row.type, row.message);
+  row.status == 0 ? transport->outcomes.push_back(unreachable) : answer(row.status, row.body);
+  expectTavrinError([&, exchange = exchange] { perform(exchange); }, row.type, row.message);
   EXPECT_EQ(transport->requests.size(), 1u);
 }
 
 const MappingRow mappingRows[] = {
-    {400, R"({"title":"record_number_not_unique"})", ErrorType::invalidInput,
+    {400, R"({"title":"record_number_not_unique"})", invalidInput,
      "record_number_not_unique. Record number is not unique"},
-    {404, "", ErrorType::invalidInput, std::nullopt},
-    {401, "", ErrorType::accessDenied, "401"},
-    {401, R"({"title":"auth_key_invalid"})", ErrorType::invalidInput,
-     "invalid_grant_key. Authentication key is invalid"},
-    {403, "<html>forbidden</html>", ErrorType::accessDenied, "403"},
-    {403, R"({"title":"Action_Forbidden"})", ErrorType::accessDenied, "403"},
-    {409, R"({"title":"record_number_not_unique"})", ErrorType::processingFailed,
-     "record_number_not_unique"},
-    {302, R"({"title":"moved"})", ErrorType::processingFailed, "moved"},
-    {405, R"({"title":5})", ErrorType::processingFailed, std::nullopt},
-    {199, R"({"title":"early"})", ErrorType::processingFailed, "early"},
-    {499, R"({"title":"auth_key_invalid"})", ErrorType::processingFailed, "auth_key_invalid"},
-    {500, R"({"title":"auth_key_invalid"})", ErrorType::serverRejected, std::nullopt},
-    {599, R"({"title":"x"})", ErrorType::serverRejected, std::nullopt},
+    {404, "", invalidInput, std::nullopt},
+    {401, "", accessDenied, "401"},
+    {401, R"({"title":"auth_key_invalid"})", invalidInput, keyInvalid},
+    {403, "<html>forbidden</html>", accessDenied, "403"},
+    {302, R"({"title":"moved"})", processingFailed, "moved"},
+    {405, R"({"title":5})", processingFailed, std::nullopt},
+    {199, R"({"title":"early"})", processingFailed, "early"},
+    {499, R"({"title":"auth_key_invalid"})", processingFailed, "auth_key_invalid"},
+    {500, R"({"title":"auth_key_invalid"})", serverRejected, std::nullopt},
+    {0, "", connectionFailed, std::nullopt},
 };
 
 INSTANTIATE_TEST_SUITE_P(AllExchanges, StatusMapping,
-                         testing::Combine(testing::Values(Exchange::login, Exchange::check,
-                                                          Exchange::upload),
+                         testing::Combine(testing::Values(login, check, upload),
                                           testing::ValuesIn(mappingRows)));
-
-TEST_F(RestServiceTest, TransportFailureIsConnectionFailedForEveryExchange) {
-  logIn();
-  failInTransport();
-  failInTransport();
-  failInTransport();
-  expectTavrinError([&] { service->login("key-1"); }, ErrorType::connectionFailed, std::nullopt);
-  expectTavrinError([&] { service->checkUniqueness("r-1"); }, ErrorType::connectionFailed,
-                    std::nullopt);
-  expectTavrinError([&] { service->upload("QUJD", "r-1"); }, ErrorType::connectionFailed,
-                    std::nullopt);
-}
 
 // --- what a 2xx body must be
 
-struct LoginBody {
+struct AnswerRow {
+  Exchange exchange;
   std::string body;
-  std::optional<ErrorType> failure;  // empty: the login succeeds with token "t"
+  std::optional<std::string> result = std::nullopt;  // empty: the exchange fails
+  ErrorType failure = processingFailed;
 };
 
-class LoginAnswer : public RestServiceTest, public testing::WithParamInterface<LoginBody> {};
+class SuccessAnswer : public RestServiceTest, public testing::WithParamInterface<AnswerRow> {};
 
-TEST_P(LoginAnswer, IsAcceptedOnlyAsAFlatStringObjectWithBothTokens) {
-  answer(201, GetParam().body);
-  if (GetParam().failure) {
-    expectTavrinError([&] { service->login("key-1"); }, *GetParam().failure, std::nullopt);
-    return;
+// A login must be a flat object of strings with both tokens, a check a bare boolean
+// and an upload a bare string.
+TEST_P(SuccessAnswer, IsAcceptedOnlyInTheShapeOfItsExchange) {
+  const AnswerRow& row = GetParam();
+  logIn();
+  answer(row.exchange == login ? 201 : 200, row.body);
+  if (row.result) {
+    EXPECT_EQ(perform(row.exchange), *row.result);
+  } else {
+    expectTavrinError([&] { perform(row.exchange); }, row.failure, std::nullopt);
   }
-  service->login("key-1");
-  answer(200, "true");
-  service->checkUniqueness("r-1");
-  EXPECT_EQ(header(transport->requests.back(), "Authorization"), "Bearer t");
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Bodies, LoginAnswer,
+    Bodies, SuccessAnswer,
     testing::Values(
-        LoginBody{R"({"token_type":"Bearer","access_token":"t"})", std::nullopt},
-        LoginBody{R"({"access_token":"t","scope":"all","token_type":"Bearer"})", std::nullopt},
-        LoginBody{R"({"token_type":"Bearer","access_token":"t","expires_in":3600})",
-                  ErrorType::processingFailed},
-        LoginBody{R"({"token_type":"Bearer"})", ErrorType::processingFailed},
-        LoginBody{R"({"token_type":"Bearer","access_token":{"v":"t"}})",
-                  ErrorType::processingFailed},
-        LoginBody{R"([{"token_type":"Bearer","access_token":"t"}])", ErrorType::processingFailed},
-        LoginBody{"{", ErrorType::processingFailed}, LoginBody{"", ErrorType::connectionFailed}));
+        AnswerRow{login, R"({"token_type":"Bearer","access_token":"t"})", "Bearer t"},
+        AnswerRow{login, R"({"access_token":"t","scope":"all","token_type":"Bearer"})", "Bearer t"},
+        AnswerRow{login, R"({"token_type":"Bearer","access_token":"t","expires_in":3600})"},
+        AnswerRow{login, R"({"token_type":"Bearer"})"},
+        AnswerRow{login, R"({"token_type":"Bearer","access_token":{"v":"t"}})"},
+        AnswerRow{login, R"([{"token_type":"Bearer","access_token":"t"}])"}, AnswerRow{login, "{"},
+        AnswerRow{login, "", {}, connectionFailed}, AnswerRow{check, "true", "true"},
+        AnswerRow{check, " \nfalse ", "false"}, AnswerRow{check, R"("true")"},
+        AnswerRow{check, "1"}, AnswerRow{check, "null"},
+        AnswerRow{upload, R"("score 42")", "score 42"}, AnswerRow{upload, R"("")", ""},
+        AnswerRow{upload, R"("caf\u00e9 \"x\"")", "café \"x\""}, AnswerRow{upload, "42"},
+        AnswerRow{upload, "true"}, AnswerRow{upload, R"(["a"])"}));
 
-struct CheckBody {
-  std::string body;
-  std::optional<bool> unique;  // empty: the check fails
-  ErrorType failure = ErrorType::processingFailed;
-};
-
-class CheckAnswer : public RestServiceTest, public testing::WithParamInterface<CheckBody> {};
-
-TEST_P(CheckAnswer, IsABareBoolean) {
-  logIn();
-  answer(200, GetParam().body);
-  if (GetParam().unique) {
-    EXPECT_EQ(service->checkUniqueness("r-1"), *GetParam().unique);
-  } else {
-    expectTavrinError([&] { service->checkUniqueness("r-1"); }, GetParam().failure, std::nullopt);
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Bodies, CheckAnswer,
-                         testing::Values(CheckBody{"true", true}, CheckBody{"false", false},
-                                         CheckBody{" \nfalse ", false},
-                                         CheckBody{R"("true")", std::nullopt},
-                                         CheckBody{"1", std::nullopt},
-                                         CheckBody{"null", std::nullopt},
-                                         CheckBody{"", std::nullopt, ErrorType::connectionFailed}));
-
-struct UploadBody {
-  std::string body;
-  std::optional<std::string> result;  // empty: the upload fails with processingFailed
-};
-
-class UploadAnswer : public RestServiceTest, public testing::WithParamInterface<UploadBody> {};
-
-TEST_P(UploadAnswer, IsABareString) {
-  logIn();
-  answer(200, GetParam().body);
-  if (GetParam().result) {
-    EXPECT_EQ(service->upload("QUJD", "r-1"), *GetParam().result);
-  } else {
-    expectTavrinError([&] { service->upload("QUJD", "r-1"); }, ErrorType::processingFailed,
-                      std::nullopt);
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Bodies, UploadAnswer,
-                         testing::Values(UploadBody{R"("score 42")", "score 42"},
-                                         UploadBody{R"("")", ""},
-                                         UploadBody{R"("caf\u00e9 \"x\"")", "café \"x\""},
-                                         UploadBody{"42", std::nullopt},
-                                         UploadBody{"true", std::nullopt},
-                                         UploadBody{R"(["a"])", std::nullopt},
-                                         UploadBody{R"("unterminated)", std::nullopt}));
-
-// --- the token pair
-
-TEST_F(RestServiceTest, FailedLoginKeepsThePreviousTokensAndKey) {
-  logIn();
-  answer(500, "");
-  expectTavrinError([&] { service->login("key-2"); }, ErrorType::serverRejected, std::nullopt);
-
-  answerAfterRelogin(R"("ok")");
-  EXPECT_EQ(uploadWithRelogin(), "ok");
-  ASSERT_EQ(transport->requests.size(), 4u);
-  EXPECT_EQ(header(transport->requests[1], "Authorization"), "Bearer first");
-  EXPECT_EQ(transport->requests[2].body, R"({"authKey":"key-1"})");
-}
-
-// --- the re-login rule
-
-TEST_F(RestServiceTest, BareUnauthorizedLogsInOnceAndRepeatsWithTheNewToken) {
-  logIn();
-  answerAfterRelogin(R"("accepted")");
-
-  EXPECT_EQ(uploadWithRelogin(), "accepted");
-  ASSERT_EQ(transport->requests.size(), 3u);
-  EXPECT_EQ(header(transport->requests[0], "Authorization"), "Bearer first");
-  EXPECT_EQ(transport->requests[1].url, "https://api.tavrin.com:8443/v4.0/account/tavrinLogin");
-  EXPECT_EQ(transport->requests[1].body, R"({"authKey":"key-1"})");
-  EXPECT_EQ(header(transport->requests[2], "Authorization"), "Bearer second");
-  EXPECT_EQ(transport->requests[2].body, transport->requests[0].body);
-}
-
-// --- what an observer hears
+// --- the token pair, and what an observer hears
 
 // Writes down each finished exchange as "name status succeeded|refused".
 class ExchangeLog : public CollectionObserver {
@@ -334,93 +208,67 @@ class ExchangeLog : public CollectionObserver {
   std::vector<std::string> open, finished;
 };
 
-TEST_F(RestServiceTest, ObserverHearsEachExchangeOfAReloginAndHowItEnded) {
+TEST_F(RestServiceTest, ObserverHearsEveryExchangeAndAFailedLoginKeepsTheOldTokensAndKey) {
   ExchangeLog log;
-  service->setObserver(&log);
+  service.setObserver(&log);
   logIn();
-  answerAfterRelogin(R"("accepted")");
-  EXPECT_EQ(uploadWithRelogin(), "accepted");
-  answer(200, "42");
-  EXPECT_THROW(service->checkUniqueness("r-1"), TavrinError);
-  failInTransport();
-  EXPECT_THROW(service->checkUniqueness("r-1"), TavrinError);
+  answer(500, "");
+  expectTavrinError([&] { service.login("key-2"); }, serverRejected, std::nullopt);
+  transport->outcomes = {bare401, newTokens, HttpResponse{200, "false"}};
+  EXPECT_FALSE(service.withRelogin([&] { return service.checkUniqueness("r-1"); }));
+  ASSERT_EQ(transport->requests.size(), 4u);
+  EXPECT_EQ(header(transport->requests[1], "Authorization"), "Bearer first");
+  EXPECT_EQ(transport->requests[2].body, R"({"authKey":"key-1"})");
+  transport->outcomes = {HttpResponse{200, "42"}, unreachable};
+  EXPECT_THROW(service.upload("QUJD", "r-1"), TavrinError);
+  EXPECT_THROW(service.checkUniqueness("r-1"), TavrinError);
 
   EXPECT_TRUE(log.open.empty());
-  EXPECT_EQ(log.finished,
-            (std::vector<std::string>{"login 200 succeeded", "upload 401 refused",
-                                      "login 200 succeeded", "upload 200 succeeded",
-                                      "check 200 refused", "check 0 refused"}));
+  EXPECT_EQ(log.finished, (std::vector<std::string>{"login 200 succeeded", "login 500 refused",
+                                                    "check 401 refused", "login 200 succeeded",
+                                                    "check 200 succeeded", "upload 200 refused",
+                                                    "check 0 refused"}));
 }
 
-TEST_F(RestServiceTest, CheckIsRepeatedAfterReloginToo) {
-  logIn();
-  answerAfterRelogin("false");
-
-  EXPECT_FALSE(service->withRelogin([&] { return service->checkUniqueness("r-1"); }));
-  EXPECT_EQ(transport->requests.size(), 3u);
-}
-
-// What the server answers after a login, and how the wrapped upload then ends.
+// How the wrapped upload ends, after how many requests, when the server gives these
+// answers (after a login, unless told otherwise).
 struct ReloginCase {
   const char* name;
-  std::vector<HttpOutcome> outcomes;
   ErrorType type;
   std::optional<std::string> message;
   std::size_t requests;
+  std::vector<HttpOutcome> outcomes;
+  bool loggedIn = true;
 };
 
 class ReloginRule : public RestServiceTest, public testing::WithParamInterface<ReloginCase> {};
 
 TEST_P(ReloginRule, EndsAsTheRuleSays) {
-  logIn();
-  for (const auto& outcome : GetParam().outcomes) transport->outcomes.push_back(outcome);
-  expectTavrinError([&] { uploadWithRelogin(); }, GetParam().type, GetParam().message);
-  EXPECT_EQ(transport->requests.size(), GetParam().requests);
+  const ReloginCase& c = GetParam();
+  if (c.loggedIn) logIn();
+  transport->outcomes.assign(c.outcomes.begin(), c.outcomes.end());
+  expectTavrinError([&] { service.withRelogin([&] { return service.upload("QUJD", "r-1"); }); },
+                    c.type, c.message);
+  EXPECT_EQ(transport->requests.size(), c.requests);
   EXPECT_TRUE(transport->outcomes.empty());
 }
 
-const HttpResponse bare401{401, ""};
-const HttpResponse newTokens{200, secondTokens};
+const std::string keyRejected = R"({"title":"auth_key_invalid"})";
+const std::string suspended = R"({"title":"subscription_suspended"})";
 
-INSTANTIATE_TEST_SUITE_P(
-    Sequences, ReloginRule,
-    testing::Values(
-        ReloginCase{"RejectedKey",
-                    {HttpResponse{401, R"({"title":"auth_key_invalid"})"}},
-                    ErrorType::invalidInput,
-                    "invalid_grant_key. Authentication key is invalid",
-                    1},
-        ReloginCase{"Suspended",
-                    {HttpResponse{401, R"({"title":"subscription_suspended"})"}},
-                    ErrorType::accessDenied,
-                    "subscription_suspended. ",
-                    1},
-        ReloginCase{"Forbidden", {HttpResponse{403, ""}}, ErrorType::accessDenied, "403", 1},
-        ReloginCase{"ServerDown", {HttpResponse{500, ""}}, ErrorType::serverRejected, {}, 1},
-        ReloginCase{"ReloginRejected",
-                    {bare401, HttpResponse{400, R"({"title":"auth_key_invalid"})"}},
-                    ErrorType::accessDenied,
-                    "401",
-                    2},
-        ReloginCase{"ReloginUnreachable",
-                    {bare401, TransportFailure{"refused"}},
-                    ErrorType::accessDenied,
-                    "401",
-                    2},
-        ReloginCase{
-            "SecondBare401", {bare401, newTokens, bare401}, ErrorType::accessDenied, "401", 3},
-        ReloginCase{"RepeatUnreachable",
-                    {bare401, newTokens, TransportFailure{"refused"}},
-                    ErrorType::connectionFailed,
-                    {},
-                    3}),
-    [](const testing::TestParamInfo<ReloginCase>& param) { return std::string(param.param.name); });
+const ReloginCase reloginCases[] = {
+    {"RejectedKey", invalidInput, keyInvalid, 1, {HttpResponse{401, keyRejected}}},
+    {"Suspended", accessDenied, "subscription_suspended. ", 1, {HttpResponse{401, suspended}}},
+    {"Forbidden", accessDenied, "403", 1, {HttpResponse{403, ""}}},
+    {"ReloginRejected", accessDenied, "401", 2, {bare401, HttpResponse{400, keyRejected}}},
+    {"ReloginUnreachable", accessDenied, "401", 2, {bare401, unreachable}},
+    {"SecondBare401", accessDenied, "401", 3, {bare401, newTokens, bare401}},
+    {"RepeatUnreachable", connectionFailed, {}, 3, {bare401, newTokens, unreachable}},
+    {"NoEarlierLogin", accessDenied, "401", 1, {bare401}, false},
+};
 
-TEST_F(RestServiceTest, WithoutAnEarlierLoginTheUnauthorizedIsThrown) {
-  answer(401, "");
-  expectTavrinError([&] { uploadWithRelogin(); }, ErrorType::accessDenied, "401");
-  EXPECT_EQ(transport->requests.size(), 1u);
-}
+INSTANTIATE_TEST_SUITE_P(Sequences, ReloginRule, testing::ValuesIn(reloginCases),
+                         [](const auto& param) { return std::string(param.param.name); });
 
 }  // namespace
 }  // namespace tavrin

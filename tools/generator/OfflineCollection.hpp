@@ -2,7 +2,9 @@
 
 #include "platform/profile/DeviceProfile.hpp"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace tavrin::tool {
 
@@ -16,5 +18,13 @@ struct OfflineDataset {
 // Runs the permission step, the extraction, the JSON writer, compression and
 // base64 on the phone, as a collection run does between its exchanges.
 OfflineDataset collectOffline(const platform::DeviceProfile& profile);
+
+// The datasets of `count` typical phones (seeds 1 to count) as the sandbox
+// load sends them: `payloads[i]` carries `jsons[i]`.
+struct OfflineDatasets {
+  std::vector<std::string> payloads;
+  std::vector<std::string> jsons;
+};
+OfflineDatasets collectTypicalPhones(std::size_t count);
 
 }  // namespace tavrin::tool
