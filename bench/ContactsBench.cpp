@@ -6,12 +6,14 @@
 // the size of the section one extraction produces (sectionMiB) and, for
 // scale, the memory the loaded address book itself takes (profileMiB).
 
+#include "ResidentMemory.hpp"
+
 #include "extractors/ContactExtractor.hpp"
+#include "service/releaseFreedHeap.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 #include <unistd.h>
 #include <nlohmann/json.hpp>
 
@@ -73,24 +75,6 @@ nlohmann::json generatedContact(int n) {
   return contact;
 }
 
-// Resident memory of this process, from /proc/self/status (VmRSS or VmHWM), in bytes.
-double residentBytes(const std::string& field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.starts_with(field + ":")) return std::stod(line.substr(field.size() + 1)) * 1024.0;
-  }
-  return 0;
-}
-
-// Starts a new peak-resident count (VmHWM) at the current resident size.
-bool resetResidentPeak() {
-  std::ofstream clearRefs("/proc/self/clear_refs");
-  clearRefs << "5";
-  clearRefs.flush();
-  return clearRefs.good();
-}
-
 struct AddressBook {
   std::shared_ptr<platform::Platform> platform;
   double profileBytes = 0;   // resident memory the loaded profile takes
@@ -114,14 +98,14 @@ const AddressBook& addressBook() {
     // Hand back what generating the text freed, and later what reading it
     // freed, so that only what the loaded phone holds is counted, and the
     // extractions must take fresh pages that show up in the peak.
-    malloc_trim(0);
-    const double before = residentBytes("VmRSS");
+    releaseFreedHeap();
+    const double before = static_cast<double>(sandbox::ResidentMemory::current());
     AddressBook loaded{platform::loadDeviceProfile(path.string())};
     std::filesystem::remove(path);
-    malloc_trim(0);
-    loaded.profileBytes = residentBytes("VmRSS") - before;
-    loaded.peakKnown = resetResidentPeak();
-    loaded.baselineBytes = residentBytes("VmRSS");
+    releaseFreedHeap();
+    loaded.profileBytes = static_cast<double>(sandbox::ResidentMemory::current()) - before;
+    loaded.peakKnown = sandbox::ResidentMemory::resetPeak();
+    loaded.baselineBytes = static_cast<double>(sandbox::ResidentMemory::current());
     return loaded;
   }();
   return book;
@@ -147,7 +131,8 @@ void BM_ContactExtraction(benchmark::State& state) {
   state.counters["sectionMiB"] = sectionBytes / mebibyte;
   state.counters["profileMiB"] = book.profileBytes / mebibyte;
   if (book.peakKnown) {
-    state.counters["peakMiB"] = (residentBytes("VmHWM") - book.baselineBytes) / mebibyte;
+    state.counters["peakMiB"] =
+        (static_cast<double>(sandbox::ResidentMemory::peak()) - book.baselineBytes) / mebibyte;
   }
 }
 BENCHMARK(BM_ContactExtraction)->Unit(benchmark::kMillisecond);

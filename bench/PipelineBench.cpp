@@ -10,12 +10,12 @@
 // the upload stays here, in the parent, serving on its own threads.
 #include "AllocationCounter.hpp"
 #include "PerformanceReport.hpp"
-#include "ResidentMemory.hpp"
 #include "StageClock.hpp"
 
 #include "generator/OfflineCollection.hpp"
 #include "generator/ProfileGenerator.hpp"
 
+#include "ResidentMemory.hpp"
 #include "SandboxServer.hpp"
 #include "codec/ZlibStream.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
@@ -79,19 +79,19 @@ class StageRecorder final : public CollectionObserver {
  public:
   void begin() {
     releaseFreedHeap();
-    baselineResident = bench::ResidentMemory::current();
+    baselineResident = sandbox::ResidentMemory::current();
     _baselineHeap = bench::AllocationCounter::current();
-    bench::ResidentMemory::resetPeak();
+    sandbox::ResidentMemory::resetPeak();
     bench::AllocationCounter::resetPeak();
     _clock.restart();
   }
   void endStage(std::string name) {
     auto stage = _clock.lap(std::move(name));
-    stage.peakResident = bench::ResidentMemory::peak() - baselineResident;
+    stage.peakResident = sandbox::ResidentMemory::peak() - baselineResident;
     stage.peakHeap = bench::AllocationCounter::peak() - _baselineHeap;
     stage.heldHeap = bench::AllocationCounter::current() - _baselineHeap;
     stages.push_back(std::move(stage));
-    bench::ResidentMemory::resetPeak();
+    sandbox::ResidentMemory::resetPeak();
     bench::AllocationCounter::resetPeak();
     _clock.restart();
   }

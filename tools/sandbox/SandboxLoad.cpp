@@ -1,4 +1,5 @@
 #include "SandboxLoad.hpp"
+#include "ResidentMemory.hpp"
 
 #include "net/CurlTransport.hpp"
 #include "net/RestService.hpp"
@@ -7,24 +8,10 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <fstream>
 #include <mutex>
 #include <thread>
 
 namespace tavrin::sandbox {
-
-std::size_t residentBytes() {
-  std::ifstream status("/proc/self/status");
-  for (std::string key; status >> key;) {
-    if (key == "VmRSS:") {
-      std::size_t kilobytes = 0;
-      status >> kilobytes;
-      return kilobytes * 1024;
-    }
-    status.ignore(1 << 16, '\n');
-  }
-  return 0;
-}
 
 namespace {
 
@@ -91,7 +78,7 @@ std::vector<LoadOutcome> runClient(std::size_t client, const SandboxServer& serv
 LoadResult runSandboxLoad(const SandboxServer& server, const std::string& authKey,
                           const std::vector<std::string>& payloads, const LoadOptions& options) {
   LoadResult result;
-  result.residentSamples.push_back(residentBytes());
+  result.residentSamples.push_back(ResidentMemory::current());
 
   // The sampler wakes on its period, or at once when the clients are done.
   std::mutex mutex;
@@ -100,7 +87,7 @@ LoadResult runSandboxLoad(const SandboxServer& server, const std::string& authKe
   std::thread sampler([&] {
     std::unique_lock lock(mutex);
     while (!done.wait_for(lock, options.sampleEvery, [&] { return finished; })) {
-      result.residentSamples.push_back(residentBytes());
+      result.residentSamples.push_back(ResidentMemory::current());
     }
   });
 

@@ -72,7 +72,4 @@ struct LoadVerdict {
 LoadVerdict verifyLoad(const LoadResult& result, const SandboxStore& store,
                        const std::vector<std::string>& jsons);
 
-// Resident bytes of this process now (VmRSS).
-std::size_t residentBytes();
-
 }  // namespace tavrin::sandbox

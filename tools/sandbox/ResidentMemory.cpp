@@ -3,7 +3,7 @@
 #include <fstream>
 #include <string>
 
-namespace tavrin::bench {
+namespace tavrin::sandbox {
 namespace {
 
 // A "Name:   1234 kB" line of /proc/self/status, in bytes.
@@ -36,4 +36,4 @@ bool ResidentMemory::resetPeak() {
   return static_cast<bool>(clear);
 }
 
-}  // namespace tavrin::bench
+}  // namespace tavrin::sandbox

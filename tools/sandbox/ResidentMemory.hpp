@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace tavrin::bench {
+namespace tavrin::sandbox {
 
 // The resident memory of this process as the kernel counts it: every page
 // touched, by the heap, by memory mappings and by libraries alike.
@@ -17,4 +17,4 @@ class ResidentMemory {
   static bool resetPeak();
 };
 
-}  // namespace tavrin::bench
+}  // namespace tavrin::sandbox
