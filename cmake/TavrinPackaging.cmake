@@ -31,7 +31,7 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 # The static library, its CMake package and the pkg-config file's
 # Requires.private name these libraries' development files.
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
-  "zlib1g-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev")
+  "zlib1g-dev, libdeflate-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev")
 
 include(CPack)
 cpack_add_component(runtime

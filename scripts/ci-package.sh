@@ -36,7 +36,7 @@ dev_depends=$(dpkg-deb --field "$dev_deb" Depends)
 echo "tavrinsdk depends: $runtime_depends"
 echo "tavrinsdk-dev depends: $dev_depends"
 # What dpkg-shlibdeps reads from the library and the tool.
-for package in libc6 libstdc++6 libcurl4 libicu zlib1g liblzma5 liblz4-1 libssl3 libsqlite3-0; do
+for package in libc6 libstdc++6 libcurl4 libicu zlib1g libdeflate0 liblzma5 liblz4-1 libssl3 libsqlite3-0; do
   [[ $runtime_depends == *"$package"* ]] || fail "tavrinsdk does not depend on $package"
 done
 [[ $dev_depends == *"tavrinsdk (= $version)"* ]] || fail "tavrinsdk-dev does not depend on tavrinsdk (= $version)"
