@@ -12,8 +12,9 @@
 
 namespace tavrin::testing_support {
 
-TlsTestBed::TlsTestBed()
-    : tls(sandbox::makeTlsFiles(directory.path(), "api.tavrin.com")), server(tls) {}
+TlsTestBed::TlsTestBed(std::size_t requestsPerConnection)
+    : tls(sandbox::makeTlsFiles(directory.path(), "api.tavrin.com")),
+      server(tls, requestsPerConnection) {}
 
 ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
   ServiceOptions options;
