@@ -91,6 +91,11 @@ SandboxServer::SandboxServer(SandboxOptions options)
   _server->set_read_timeout(_options.ioTimeout);
   _server->set_write_timeout(_options.ioTimeout);
   _server->set_keep_alive_timeout(_options.idleTimeout.count());
+  _server->set_keep_alive_max_count(_options.requestsPerConnection);
+  // The HTTP library writes an answer's head and body in two sends; with
+  // Nagle's algorithm on, the body would wait for the client's delayed
+  // acknowledgement of the head. Accepted sockets inherit the option.
+  _server->set_tcp_nodelay(_options.tcpNoDelay);
   _server->set_payload_max_length(_options.maxBodySize);
 
   const auto route = [this](Exchange exchange) {
@@ -185,6 +190,10 @@ std::string SandboxServer::clientOptions() const {
 ExchangeCounts SandboxServer::counts() const {
   const std::lock_guard lock(_mutex);
   return _counts;
+}
+
+HandshakeCounts SandboxServer::handshakes() const {
+  return handshakeCounts(_server->ssl_context());
 }
 
 void SandboxServer::addFault(FaultRule rule) {

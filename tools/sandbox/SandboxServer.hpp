@@ -2,6 +2,7 @@
 
 #include "DatasetValidator.hpp"
 #include "FaultRule.hpp"
+#include "HandshakeCounts.hpp"
 #include "SandboxStore.hpp"
 #include "TlsFiles.hpp"
 
@@ -50,7 +51,13 @@ struct SandboxOptions {
   std::chrono::seconds ioTimeout{10};
   // An idle kept-alive connection is closed after this long.
   std::chrono::seconds idleTimeout{5};
-  std::size_t threads = 8;  // requests served at once
+  std::size_t threads = 8;  // connections served at once
+  // How many requests one kept-alive connection carries before it is closed.
+  std::size_t requestsPerConnection = 100;
+  // Answers leave at once. Off, Nagle's algorithm holds an answer's second
+  // send until the client acknowledges the first, which the client delays by
+  // about 40 ms: only for measuring that delay (the hidden --tcp-delay).
+  bool tcpNoDelay = true;
   std::vector<FaultRule> faults;
   // Receives one line per exchange and per refusal; empty: no log. Called
   // from the serving threads, one call at a time.
@@ -95,6 +102,8 @@ class SandboxServer {
 
   SandboxStore& store() { return _store; }
   ExchangeCounts counts() const;
+  // The TLS handshakes of the connections made to the sandbox so far.
+  HandshakeCounts handshakes() const;
   // Adds a fault rule after the configured ones.
   void addFault(FaultRule rule);
 

@@ -121,9 +121,11 @@ Command addSandboxCommand(CLI::App& app) {
                    "Seconds an idle kept-alive connection stays open")
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
-  command->add_option("--threads", options.threads, "Requests served at once")
+  command->add_option("--threads", options.threads, "Connections served at once")
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
+  // Hidden: brings back the delay of Nagle's algorithm, for measuring it.
+  command->add_flag_callback("--tcp-delay", [&options] { options.tcpNoDelay = false; })->group("");
   command->add_option("--fault", arguments->faults,
                       "A fault rule TARGET:ACTION[*TIMES] (repeatable; see docs/sandbox.md)");
   return {command, [arguments] { return runSandbox(*arguments); }};
