@@ -2,7 +2,6 @@
 
 #include "dataset/JsonWriter.hpp"
 #include "dataset/PermissionHeplper.hpp"
-#include "net/CurlTransport.hpp"
 #include "service/ServiceUrl.hpp"
 #include "service/StatusResource.hpp"
 #include "service/releaseFreedHeap.hpp"
@@ -19,9 +18,10 @@ std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Pl
 }  // namespace
 
 TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey,
-                                     ServiceOptions options)
+                                     ServiceOptions options, RunEngines engines)
     : _platform(platformOrLinux(std::move(options.platform))),
       _observer(options.observer),
+      _deflateEngine(engines.deflate),
       dataExtractorManager(_platform) {
   dataExtractorManager.setObserver(_observer.get());
   // The manager exists before the URL is judged, even when it is then rejected.
@@ -29,7 +29,8 @@ TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey
     throw TavrinError(ErrorType::invalidInput, std::string(StatusResource::urlIncorrectMessage));
   }
   _url = std::move(url);
-  _restService = std::make_unique<RestService>(_url, std::make_unique<CurlTransport>(options));
+  _restService = std::make_unique<RestService>(
+      _url, std::make_unique<CurlTransport>(options, engines.connections));
   _restService->setObserver(_observer.get());
   _restService->login(authKey);
 }
@@ -56,7 +57,7 @@ std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) 
   }();
   if (onDataset) onDataset(json.view());
 
-  const auto compressed = compress(json.bytes(), CompressionAlgorithm::zlib);
+  const auto compressed = rawDeflate(json.bytes(), _deflateEngine);
   if (!compressed) {
     throw TavrinError(ErrorType::processingFailed,
                       std::string(StatusResource::compressFailedMessage));
