@@ -95,7 +95,7 @@ docs:
 	@echo "API reference: $(BUILD)/docs/html/index.html"
 
 format:
-	@clang-format -i $$(git ls-files '*.cpp' '*.hpp')
+	@clang-format -i $$(git ls-files '*.cpp' '*.hpp' '*.h' '*.c')
 
 clean:
 	@rm -rf $(BUILD) $(SANITIZE_BUILD) $(TSAN_BUILD) build-bench build-fuzz

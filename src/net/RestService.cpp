@@ -1,8 +1,8 @@
 #include "net/RestService.hpp"
 
+#include "collection/StatusResource.hpp"
 #include "net/RequestUrl.hpp"
-#include "service/StatusResource.hpp"
-#include "service/errorFromBody.hpp"
+#include "net/errorFromBody.hpp"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,12 +1,9 @@
 #include "service/TavrinServiceCore.hpp"
 
-#include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
+#include "collection/DatasetPipeline.hpp"
+#include "collection/PermissionHeplper.hpp"
+#include "collection/StatusResource.hpp"
 #include "service/ServiceUrl.hpp"
-#include "service/StatusResource.hpp"
-#include "service/releaseFreedHeap.hpp"
-
-#include <tavrin/codec.hpp>
 
 namespace tavrin {
 namespace {
@@ -50,19 +47,9 @@ std::string TavrinServiceCore::collectData(const std::string& recordNumber,
 }
 
 std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) {
-  const MappedBuffer json = [&] {
-    const DatasetDocument document = dataExtractorManager.extractData();
-    releaseFreedHeap();
-    return writeJson(document);
-  }();
+  const MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
   if (onDataset) onDataset(json.view());
-
-  const auto compressed = rawDeflate(json.bytes(), _deflateEngine);
-  if (!compressed) {
-    throw TavrinError(ErrorType::processingFailed,
-                      std::string(StatusResource::compressFailedMessage));
-  }
-  return base64Encode(*compressed);
+  return DatasetPipeline::uploadPayload(json.bytes(), _deflateEngine);
 }
 
 }  // namespace tavrin

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "codec/RawDeflate.hpp"
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
 #include "net/CurlTransport.hpp"
 #include "net/RestService.hpp"
 
@@ -41,7 +41,8 @@ class TavrinServiceCore {
   std::string collectData(const std::string& recordNumber, const DatasetObserver& onDataset = {});
 
  private:
-  // Steps 3 to 6 of a run: the dataset as base64 of its raw-DEFLATE JSON.
+  // What a run uploads, made between the uniqueness check and the upload: the
+  // sources' dataset as JSON, handed to `onDataset`, then its payload.
   std::string encodedDataset(const DatasetObserver& onDataset);
 
   std::shared_ptr<platform::Platform> _platform;

@@ -1,6 +1,6 @@
 #include "SandboxServer.hpp"
 
-#include "service/StatusResource.hpp"
+#include "collection/StatusResource.hpp"
 
 #include <httplib.h>
 #include <openssl/rand.h>
