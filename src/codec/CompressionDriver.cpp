@@ -15,7 +15,14 @@ std::optional<std::vector<std::uint8_t>> CompressionDriver::run(
   // The whole input is at hand, so raw DEFLATE is encoded in one pass by
   // libdeflate; the loop below serves every stream that is coded in pieces.
   if (operation == CodecOperation::encode && algorithm == CompressionAlgorithm::zlib) {
-    return rawDeflate(source, DeflateEngine::libdeflate, prefix);
+    std::optional<std::vector<std::uint8_t>> result;
+    withRawDeflate(source, DeflateEngine::libdeflate, [&](std::span<const std::uint8_t> encoded) {
+      result.emplace();
+      result->reserve(prefix.size() + encoded.size());
+      result->assign(prefix.begin(), prefix.end());
+      result->insert(result->end(), encoded.begin(), encoded.end());
+    });
+    return result;
   }
   const auto stream = openStream(operation, algorithm, source.size());
   if (!stream) return std::nullopt;

@@ -20,35 +20,33 @@ constexpr int libdeflateLevel = 6;
 
 using Compressor = std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)>;
 
-std::optional<std::vector<std::uint8_t>> libdeflateEncode(std::span<const std::uint8_t> input,
-                                                          std::span<const std::uint8_t> prefix) {
+bool libdeflateEncode(std::span<const std::uint8_t> input,
+                      const std::function<void(std::span<const std::uint8_t>)>& take) {
   const Compressor compressor(libdeflate_alloc_compressor(libdeflateLevel),
                               &libdeflate_free_compressor);
-  if (!compressor) return std::nullopt;
+  if (!compressor) return false;
   // libdeflate codes a whole buffer into room for the worst case. The pages
   // the output does not reach are never touched, so they never become resident.
   const std::size_t bound = libdeflate_deflate_compress_bound(compressor.get(), input.size());
-  const auto scratch = std::make_unique_for_overwrite<std::uint8_t[]>(bound);
+  const auto output = std::make_unique_for_overwrite<std::uint8_t[]>(bound);
   const std::size_t written = libdeflate_deflate_compress(compressor.get(), input.data(),
-                                                          input.size(), scratch.get(), bound);
-  if (written == 0) return std::nullopt;
-  std::vector<std::uint8_t> result;
-  result.reserve(prefix.size() + written);
-  result.assign(prefix.begin(), prefix.end());
-  result.insert(result.end(), scratch.get(), scratch.get() + written);
-  return result;
+                                                          input.size(), output.get(), bound);
+  if (written == 0) return false;
+  take({output.get(), written});
+  return true;
 }
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> rawDeflate(std::span<const std::uint8_t> input,
-                                                    DeflateEngine engine,
-                                                    std::span<const std::uint8_t> prefix) {
-  if (engine == DeflateEngine::libdeflate) return libdeflateEncode(input, prefix);
+bool withRawDeflate(std::span<const std::uint8_t> input, DeflateEngine engine,
+                    const std::function<void(std::span<const std::uint8_t>)>& take) {
+  if (engine == DeflateEngine::libdeflate) return libdeflateEncode(input, take);
   const auto stream = CompressionDriver::openStream(CodecOperation::encode,
                                                     CompressionAlgorithm::zlib, input.size());
-  if (!stream) return std::nullopt;
-  return CompressionDriver::drive(*stream, input, prefix);
+  const auto encoded = stream ? CompressionDriver::drive(*stream, input, {}) : std::nullopt;
+  if (!encoded) return false;
+  take(*encoded);
+  return true;
 }
 
 }  // namespace tavrin

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <functional>
 #include <span>
-#include <vector>
 
 namespace tavrin {
 
@@ -15,10 +14,11 @@ enum class DeflateEngine {
                // kept as the reference the benchmarks measure it against
 };
 
-// `prefix` followed by the raw DEFLATE of all of `input`, or absent when the
-// encoder cannot be set up.
-std::optional<std::vector<std::uint8_t>> rawDeflate(std::span<const std::uint8_t> input,
-                                                    DeflateEngine engine,
-                                                    std::span<const std::uint8_t> prefix = {});
+// Encodes all of `input` as raw DEFLATE and hands the encoded bytes to `take`
+// in the buffer the encoder wrote them to, which is freed once `take` returns.
+// `input` is no longer read by then, so `take` may release it. False, without
+// calling `take`, when the encoder cannot be set up.
+bool withRawDeflate(std::span<const std::uint8_t> input, DeflateEngine engine,
+                    const std::function<void(std::span<const std::uint8_t>)>& take);
 
 }  // namespace tavrin

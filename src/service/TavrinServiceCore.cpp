@@ -47,9 +47,9 @@ std::string TavrinServiceCore::collectData(const std::string& recordNumber,
 }
 
 std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) {
-  const MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
+  MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
   if (onDataset) onDataset(json.view());
-  return DatasetPipeline::uploadPayload(json.bytes(), _deflateEngine);
+  return DatasetPipeline::uploadPayload(std::move(json), _deflateEngine);
 }
 
 }  // namespace tavrin
