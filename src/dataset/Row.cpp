@@ -8,10 +8,7 @@ namespace tavrin {
 static_assert(std::endian::native == std::endian::little,
               "the value encoding stores payloads in host order");
 
-void Row::appendBytes(const void* data, std::size_t length) {
-  const auto* bytes = static_cast<const std::uint8_t*>(data);
-  _bytes.insert(_bytes.end(), bytes, bytes + length);
-}
+void Row::appendBytes(const void* data, std::size_t length) { _bytes.append(data, length); }
 
 void Row::appendLength(std::size_t length) {
   while (length >= 0x80) {
