@@ -9,15 +9,6 @@
 namespace tavrin {
 namespace {
 
-// libdeflate's level 6, chosen by measurement on the JSON of generated phones
-// (typical 2.1 MB, large 30 MB) against zlib's level 6: 0.92 of zlib's bytes
-// in 0.40 to 0.44 of its time. Level 5 saves a tenth of the time for 1 % more
-// bytes (0.93); level 7 is 1 % smaller but takes 0.53 to 0.57 of zlib's time,
-// and from level 8 on it is slower than zlib. The output crosses a phone's
-// uplink as base64 once per run, so bytes are worth more than the few
-// milliseconds a lower level saves.
-constexpr int libdeflateLevel = 6;
-
 using Compressor = std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)>;
 
 bool libdeflateEncode(std::span<const std::uint8_t> input,
