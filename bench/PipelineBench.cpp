@@ -1,7 +1,7 @@
 // The whole run on generated phones of three sizes: collectData against a
 // sandbox in this process over real TLS on loopback, twice in the same run: as
 // before (zlib level 6, a new connection for every request) and as now
-// (libdeflate level 6, one kept connection). For each: each stage's time, the
+// (libdeflate, one kept connection). For each: each stage's time, the
 // peak resident memory above the client's baseline, the sizes of the JSON,
 // DEFLATE and base64 forms and the TLS handshakes; beside them, on the same
 // JSON, both engines alone, zlib's one-shot compress2 and memcpy. The figures
@@ -12,6 +12,7 @@
 // the upload stays here, in the parent, serving on its own threads.
 #include "AllocationCounter.hpp"
 #include "BenchmarkPhones.hpp"
+#include "CollectPhoneChild.hpp"
 #include "PerformanceReport.hpp"
 #include "StageClock.hpp"
 
@@ -29,7 +30,9 @@
 #include <tavrin/codec.hpp>
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <libdeflate.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -37,6 +40,7 @@
 #include <chrono>
 #include <cstring>
 #include <iomanip>
+#include <iostream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -46,6 +50,7 @@
 namespace tavrin {
 namespace {
 
+using bench::collectPhoneFlag;
 using bench::PerformanceReport;
 using bench::phoneOptions;
 using bench::presetName;
@@ -56,7 +61,6 @@ using bench::StageTime;
 struct RunFigures {
   std::vector<StageTime> stages;  // in run order; each source is a stage of its own
   std::size_t baselineResident = 0, peakAboveBaseline = 0;
-  std::size_t peakLive = 0;  // the most bytes in use at once: heap, and the JSON's own mapping
   std::size_t jsonBytes = 0, deflateBytes = 0, base64Bytes = 0;
   std::size_t uploadExtraHeap = 0;      // heap the upload added to what the run held
   std::string answer;                   // the sandbox's answer, or what went wrong
@@ -119,16 +123,6 @@ struct PresetData {
 
 constexpr RunEngines oldEngines{DeflateEngine::zlib, CurlTransport::Connections::perRequest};
 
-// The JSON text lives in a memory mapping of its own, not on the heap, from
-// the moment it is written until it is compressed.
-bool holdsJson(const StageTime& stage) {
-  return stage.name == "JSON" || stage.name == "DEFLATE and base64";
-}
-
-std::size_t liveBytes(const RunFigures& run, const StageTime& stage) {
-  return stage.peakHeap + (holdsJson(stage) ? run.jsonBytes : 0);
-}
-
 std::map<tool::Preset, PresetData>& presetData() {
   static std::map<tool::Preset, PresetData> all;
   return all;
@@ -146,53 +140,82 @@ sandbox::SandboxServer& sandboxServer() {
   return server;
 }
 
-// Runs one collection of the phone in a child process and reads its figures
-// back through a pipe, one "stage" line per stage and "key value" lines.
-RunFigures collectInChild(const platform::DeviceProfile& profile, const std::string& record,
-                          RunEngines engines) {
+// The engines of a configuration by name, for the child's command line.
+constexpr RunEngines enginesNamed(std::string_view name) {
+  return name == "before" ? oldEngines : RunEngines{};
+}
+
+}  // namespace
+
+// The child: collects one generated phone against the sandbox and writes its
+// figures to standard output, one "stage" line per stage and "key value" lines.
+int bench::collectPhoneChild(int argc, char** argv) {
+  if (argc != 8 || std::string_view(argv[1]) != collectPhoneFlag) return -1;
+  const auto preset = tool::presetNamed(argv[2]);
+  if (!preset) return 2;
+  const auto profile = tool::ProfileGenerator(phoneOptions(*preset)).generate();
+  std::cout.precision(17);
+  try {
+    auto recorder = std::make_shared<StageRecorder>();
+    ServiceOptions options;
+    options.platform = std::make_shared<platform::ProfilePlatform>(profile);
+    options.resolve = {argv[5]};
+    options.caFile = argv[6];
+    options.observer = recorder;
+    TavrinServiceCore core(argv[4], "sandbox-key", options, enginesNamed(argv[3]));
+    recorder->begin();
+    const std::string answer =
+        core.collectData(argv[7], [&](std::string_view) { recorder->endStage("JSON"); });
+    recorder->endStage("end");
+    recorder->stages.pop_back();  // returning the answer: nothing to measure
+    std::cout << "answer\t" << answer << "\nbaseline\t" << recorder->baselineResident << '\n';
+    for (const auto& s : recorder->stages) {
+      std::cout << "stage\t" << s.name << '\t' << s.wallSeconds << '\t' << s.cpuSeconds << '\t'
+                << s.pageFaults << '\t' << s.peakResident << '\t' << s.peakHeap << '\t'
+                << s.heldHeap << '\n';
+    }
+  } catch (const std::exception& error) {
+    std::cout << "answer\tfailed: " << error.what() << '\n';
+  }
+  return 0;
+}
+
+namespace {
+
+// Runs one collection of the phone in a fresh process, this program started
+// again, so that its heap and its memory are its own, and reads its figures
+// back through a pipe.
+RunFigures collectInChild(tool::Preset preset, const std::string& record,
+                          std::string_view configuration) {
   auto& server = sandboxServer();
   const auto handshakesBefore = server.handshakes();
   int channel[2];
-  if (pipe(channel) != 0) throw std::runtime_error("no pipe");
-  const pid_t child = fork();
-  if (child == 0) {
-    close(channel[0]);
-    std::ostringstream out;
-    out.precision(17);
-    try {
-      auto recorder = std::make_shared<StageRecorder>();
-      ServiceOptions options;
-      options.platform = std::make_shared<platform::ProfilePlatform>(profile);
-      options.caFile = server.tlsFiles().authority.string();
-      options.resolve = {server.resolve()};
-      options.observer = recorder;
-      TavrinServiceCore core(server.url(), "sandbox-key", options, engines);
-      recorder->begin();
-      const std::string answer =
-          core.collectData(record, [&](std::string_view) { recorder->endStage("JSON"); });
-      recorder->endStage("end");
-      recorder->stages.pop_back();  // returning the answer: nothing to measure
-      out << "answer\t" << answer << "\nbaseline\t" << recorder->baselineResident << '\n';
-      for (const auto& s : recorder->stages) {
-        out << "stage\t" << s.name << '\t' << s.wallSeconds << '\t' << s.cpuSeconds << '\t'
-            << s.pageFaults << '\t' << s.peakResident << '\t' << s.peakHeap << '\t' << s.heldHeap
-            << '\n';
-      }
-    } catch (const std::exception& error) {
-      out << "answer\tfailed: " << error.what() << '\n';
-    }
-    const std::string text = out.str();
-    [[maybe_unused]] const auto written = write(channel[1], text.data(), text.size());
-    _exit(0);  // no static destructors: they belong to the parent
-  }
+  if (pipe2(channel, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, channel[1], STDOUT_FILENO);
+  std::vector<std::string> arguments = {"/proc/self/exe",
+                                        std::string(collectPhoneFlag),
+                                        presetName(preset),
+                                        std::string(configuration),
+                                        server.url(),
+                                        server.resolve(),
+                                        server.tlsFiles().authority.string(),
+                                        record};
+  std::vector<char*> argv;
+  for (auto& argument : arguments) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  pid_t child = 0;
+  const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
   close(channel[1]);
   std::string text;
   char buffer[4096];
-  for (ssize_t n; (n = read(channel[0], buffer, sizeof buffer)) > 0;) {
+  for (ssize_t n; spawned == 0 && (n = read(channel[0], buffer, sizeof buffer)) > 0;) {
     text.append(buffer, static_cast<std::size_t>(n));
   }
   close(channel[0]);
-  waitpid(child, nullptr, 0);
+  if (spawned == 0) waitpid(child, nullptr, 0);
 
   RunFigures run;
   const auto handshakesAfter = server.handshakes();
@@ -226,7 +249,6 @@ RunFigures collectInChild(const platform::DeviceProfile& profile, const std::str
     run.deflateBytes = upload->decoded.deflateSize;
     run.base64Bytes = upload->decoded.base64Size;
   }
-  for (const auto& stage : run.stages) run.peakLive = std::max(run.peakLive, liveBytes(run, stage));
   return run;
 }
 
@@ -241,6 +263,7 @@ struct Timing {
 // The references, on the JSON of the same preset.
 struct ReferenceFigures {
   Timing ours, zlibEngine, compress2, libdeflateAlone, memcpy;
+  std::map<int, Timing> libdeflateLevels;  // by level
 };
 
 std::map<tool::Preset, ReferenceFigures>& references() {
@@ -284,19 +307,18 @@ double wallOf(const RunFigures& run, std::string_view name) {
 void writeRun(std::ostream& out, const RunFigures& run) {
   const auto [cpu, deflateCpu] = runCpu(run);
   out << "| stage | wall ms | thread CPU ms | share of run CPU | page faults | peak resident MB "
-         "| peak live MB |\n"
-      << "|---|---:|---:|---:|---:|---:|---:|\n";
+         "|\n"
+      << "|---|---:|---:|---:|---:|---:|\n";
   long faults = 0;
   for (const auto& stage : run.stages) {
     faults += stage.pageFaults;
     out << "| " << stage.name << " | " << stage.wallSeconds * 1e3 << " | " << stage.cpuSeconds * 1e3
         << " | " << 100 * stage.cpuSeconds / cpu << " % | " << stage.pageFaults << " | "
-        << megabytes(stage.peakResident) << " | " << megabytes(liveBytes(run, stage)) << " |\n";
+        << megabytes(stage.peakResident) << " |\n";
   }
   const double json = static_cast<double>(std::max<std::size_t>(run.jsonBytes, 1));
   out << "| **whole run** | " << wallOf(run, {}) * 1e3 << " | " << cpu * 1e3 << " | 100 % | "
-      << faults << " | " << megabytes(run.peakAboveBaseline) << " | " << megabytes(run.peakLive)
-      << " |\n\n"
+      << faults << " | " << megabytes(run.peakAboveBaseline) << " |\n\n"
       << std::setprecision(2)
       << "Base64 alone, on the same compressed bytes: " << run.base64Wall * 1e3 << " ms wall, "
       << run.base64Cpu * 1e3
@@ -305,10 +327,8 @@ void writeRun(std::ostream& out, const RunFigures& run) {
       << ratio(json, static_cast<double>(run.deflateBytes)) << "), base64 "
       << megabytes(run.base64Bytes) << " MB. Peak resident memory above the client's baseline of "
       << megabytes(run.baselineResident) << " MB: " << megabytes(run.peakAboveBaseline) << " MB, "
-      << static_cast<double>(run.peakAboveBaseline) / json << " times the JSON; peak live memory "
-      << megabytes(run.peakLive) << " MB, " << static_cast<double>(run.peakLive) / json
-      << " times. The upload added " << megabytes(run.uploadExtraHeap)
-      << " MB of heap to what the run held, "
+      << static_cast<double>(run.peakAboveBaseline) / json << " times the JSON. The upload added "
+      << megabytes(run.uploadExtraHeap) << " MB of heap to what the run held, "
       << ratio(static_cast<double>(run.uploadExtraHeap), static_cast<double>(run.base64Bytes))
       << " times the base64 text. The sandbox answered: " << run.answer << ".\n\n"
       << std::setprecision(1);
@@ -319,7 +339,8 @@ void writeComparison(std::ostream& out, const PresetData& data) {
   const auto& now = data.run;
   const auto& old = data.oldRun;
   out << "| the same phone, collected | as before: zlib level 6, a connection per request | "
-         "now: libdeflate level 6, one kept connection | now / before |\n"
+         "now: libdeflate level "
+      << libdeflateLevel << ", one kept connection | now / before |\n"
       << "|---|---:|---:|---:|\n";
   const auto row = [&](const char* figure, double before, double after) {
     out << "| " << figure << " | " << before << " | " << after << " | " << std::setprecision(2)
@@ -357,12 +378,25 @@ void writeReferences(std::ostream& out, const PresetData& data, const ReferenceF
       << " MB of JSON | fastest wall ms | fastest thread CPU ms | output MB | CPU of zlib's | "
          "bytes of zlib's |\n"
       << "|---|---:|---:|---:|---:|---:|\n";
-  row("compress (libdeflate, level 6): now", r.ours);
+  row(("compress (libdeflate, level " + std::to_string(libdeflateLevel) + "): now").c_str(),
+      r.ours);
   row("zlib, level 6, through the driver: before", r.zlibEngine);
   row("zlib compress2, level 6", r.compress2);
-  row("libdeflate alone, level 6, no copy", r.libdeflateAlone);
+  row("libdeflate alone, same level, no copy", r.libdeflateAlone);
   row("memcpy", r.memcpy);
   out << '\n';
+  if (r.libdeflateLevels.empty()) return;
+  out << "| libdeflate level, on the same JSON | CPU of zlib level 6's | bytes of zlib level 6's "
+         "|\n"
+      << "|---|---:|---:|\n"
+      << std::setprecision(3);
+  for (const auto& [level, timing] : r.libdeflateLevels) {
+    out << "| " << level << (level == libdeflateLevel ? " (compress)" : "") << " | "
+        << ratio(timing.cpu, r.zlibEngine.cpu) << " | "
+        << ratio(static_cast<double>(timing.bytes), static_cast<double>(r.zlibEngine.bytes))
+        << " |\n";
+  }
+  out << std::setprecision(1) << '\n';
 }
 
 // The targets, on the presets measured so far.
@@ -378,8 +412,10 @@ void writeTargets(std::ostream& out) {
     if (preset == tool::Preset::small) continue;
     const auto bytes = ratio(static_cast<double>(data.run.deflateBytes),
                              static_cast<double>(data.oldRun.deflateBytes));
+    out << std::setprecision(3);
     row("upload bytes at most 0.93 times zlib level 6's (both runs)", preset, bytes, " times",
         bytes <= 0.93);
+    out << std::setprecision(2);
     if (const auto it = references().find(preset); it != references().end()) {
       const auto time = ratio(it->second.ours.cpu, it->second.zlibEngine.cpu);
       row("DEFLATE time at most 0.5 times zlib level 6's (same JSON, CPU)", preset, time, " times",
@@ -441,12 +477,13 @@ Timing fastest(benchmark::State& state, Work work) {
 // Times base64 alone on the bytes a run compressed, to split its "DEFLATE and
 // base64" stage.
 void timeBase64(RunFigures& run, const std::vector<std::uint8_t>& json, DeflateEngine engine) {
-  const auto compressed = rawDeflate(json, engine);
-  bench::StageClock clock;
-  benchmark::DoNotOptimize(base64Encode(*compressed));
-  const auto base64 = clock.lap("base64");
-  run.base64Wall = base64.wallSeconds;
-  run.base64Cpu = base64.cpuSeconds;
+  withRawDeflate(json, engine, [&](std::span<const std::uint8_t> compressed) {
+    bench::StageClock clock;
+    benchmark::DoNotOptimize(base64Encode(compressed));
+    const auto base64 = clock.lap("base64");
+    run.base64Wall = base64.wallSeconds;
+    run.base64Cpu = base64.cpuSeconds;
+  });
 }
 
 void BM_WholeRun(benchmark::State& state) {
@@ -458,9 +495,16 @@ void BM_WholeRun(benchmark::State& state) {
     return std::string("bench-") + presetName(preset) + "-" + std::to_string(getpid()) + "-" +
            std::to_string(++runs);
   };
+  // Each configuration three times, in turns, keeping the run of least CPU: on
+  // a machine shared with other work one run alone can be slowed by a fifth.
+  const auto keepLeastCpu = [](RunFigures& kept, RunFigures run) {
+    if (kept.stages.empty() || runCpu(run).first < runCpu(kept).first) kept = std::move(run);
+  };
   for (auto _ : state) {
-    data.oldRun = collectInChild(profile, record(), oldEngines);
-    data.run = collectInChild(profile, record(), {});
+    for (int round = 0; round < 3; ++round) {
+      keepLeastCpu(data.oldRun, collectInChild(preset, record(), "before"));
+      keepLeastCpu(data.run, collectInChild(preset, record(), "now"));
+    }
   }
   for (const auto* run : {&data.oldRun, &data.run}) {
     if (!run->stored) state.SkipWithError(("upload not stored: " + run->answer).c_str());
@@ -513,7 +557,11 @@ void BM_Compress(benchmark::State& state) {
 
 void BM_ZlibEngine(benchmark::State& state) {
   const auto& json = presetJson(state);
-  const auto result = fastest(state, [&] { return rawDeflate(json, DeflateEngine::zlib)->size(); });
+  const auto result = fastest(state, [&] {
+    std::size_t size = 0;
+    withRawDeflate(json, DeflateEngine::zlib, [&](auto compressed) { size = compressed.size(); });
+    return size;
+  });
   reportReference(state, result, &ReferenceFigures::zlibEngine);
 }
 
@@ -532,7 +580,7 @@ void BM_ZlibCompress2(benchmark::State& state) {
 void BM_LibdeflateAlone(benchmark::State& state) {
   const auto& json = presetJson(state);
   std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> compressor(
-      libdeflate_alloc_compressor(6), libdeflate_free_compressor);
+      libdeflate_alloc_compressor(libdeflateLevel), libdeflate_free_compressor);
   std::vector<std::uint8_t> out(libdeflate_deflate_compress_bound(compressor.get(), json.size()));
   const auto result = fastest(state, [&] {
     return libdeflate_deflate_compress(compressor.get(), json.data(), json.size(), out.data(),
@@ -553,11 +601,30 @@ void BM_Memcpy(benchmark::State& state) {
   reportReference(state, result, &ReferenceFigures::memcpy);
 }
 
+// libdeflate at the levels around the one compress() uses, for choosing it.
+void BM_LibdeflateLevel(benchmark::State& state) {
+  const auto& json = presetJson(state);
+  const int level = static_cast<int>(state.range(1));
+  std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> compressor(
+      libdeflate_alloc_compressor(level), libdeflate_free_compressor);
+  std::vector<std::uint8_t> out(libdeflate_deflate_compress_bound(compressor.get(), json.size()));
+  const auto result = fastest(state, [&] {
+    return libdeflate_deflate_compress(compressor.get(), json.data(), json.size(), out.data(),
+                                       out.size());
+  });
+  references()[presets[state.range(0)]].libdeflateLevels[level] = result;
+  publish();
+}
+
 BENCHMARK(BM_Compress)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ZlibEngine)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ZlibCompress2)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LibdeflateAlone)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Memcpy)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LibdeflateLevel)
+    ->ArgsProduct({{1, 2}, {4, 5, 6, 7}})
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tavrin
