@@ -15,8 +15,7 @@ std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Pl
 
 }  // namespace
 
-TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey,
-                                     ServiceOptions options)
+TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options)
     : _platform(platformOrLinux(std::move(options.platform))),
       _observer(options.observer),
       dataExtractorManager(_platform) {
@@ -28,7 +27,7 @@ TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey
   _url = std::move(url);
   _restService = std::make_unique<RestService>(_url, std::make_unique<CurlTransport>(options));
   _restService->setObserver(_observer.get());
-  _restService->login(authKey);
+  _restService->login(std::move(authKey));
 }
 
 std::string TavrinServiceCore::collectData(const std::string& recordNumber,
