@@ -14,8 +14,8 @@ std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Pl
 
 }  // namespace
 
-TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey,
-                                     ServiceOptions options, RunEngines engines)
+TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options,
+                                     RunEngines engines)
     : _platform(platformOrLinux(std::move(options.platform))),
       _observer(options.observer),
       _deflateEngine(engines.deflate),
@@ -29,7 +29,7 @@ TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey
   _restService = std::make_unique<RestService>(
       _url, std::make_unique<CurlTransport>(options, engines.connections));
   _restService->setObserver(_observer.get());
-  _restService->login(authKey);
+  _restService->login(std::move(authKey));
 }
 
 std::string TavrinServiceCore::collectData(const std::string& recordNumber,

@@ -32,7 +32,7 @@ class TavrinServiceCore {
   // Builds the manager, checks the URL, creates the client and logs in, in that
   // order. Throws TavrinError: invalidInput "Url is incorrect" before any
   // traffic, or the login's error.
-  TavrinServiceCore(std::string url, const std::string& authKey, ServiceOptions options,
+  TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options,
                     RunEngines engines = {});
 
   // One collection run; returns the server's answer to the upload. Throws
