@@ -20,7 +20,8 @@ enum class DeflateEngine {
 // brings a large phone's whole run to under half of its processor time with
 // zlib. Level 6 writes 1 % fewer bytes (0.918) for 15 % more time (0.40 to
 // 0.44), and leaves that run just above half; level 4 writes 2 % more
-// (0.944 to 0.951 of zlib's); from level 8 on libdeflate is slower than zlib. The whole-run benchmark repeats the measurement (BM_LibdeflateLevel).
+// (0.944 to 0.951 of zlib's); from level 8 on libdeflate is slower than zlib.
+// The whole-run benchmark repeats the measurement (BM_LibdeflateLevel).
 inline constexpr int libdeflateLevel = 5;
 
 // Encodes all of `input` as raw DEFLATE and hands the encoded bytes to `take`
