@@ -45,12 +45,12 @@ void BM_SandboxLoad(benchmark::State& state) {
   for (auto _ : state) {
     sandbox::SandboxOptions options;
     options.database = (directory / "load.db").string();
-    serverThreads = options.threads;
+    serverThreads = options.limits.threads;
     sandbox::SandboxServer server(std::move(options));
     server.start();
     result = sandbox::runSandboxLoad(server, "sandbox-key", payloads, load);
     server.stop();
-    verdict = sandbox::verifyLoad(result, server.store(), jsons);
+    verdict = sandbox::verifyLoad(result, server.store(), payloads);
   }
   std::filesystem::remove_all(directory);
 

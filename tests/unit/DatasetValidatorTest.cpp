@@ -1,6 +1,7 @@
 #include "../support/CodecTestData.hpp"
 
 #include "DatasetValidator.hpp"
+#include "PrintableText.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -74,36 +75,55 @@ struct BadPayload {
 
 class MalformedPayload : public testing::TestWithParam<BadPayload> {};
 
-TEST_P(MalformedPayload, IsRefusedAtTheRightStage) {
+TEST_P(MalformedPayload, IsRefusedAtTheRightStageInShortPrintableText) {
   const auto decoded = DatasetValidator().decode(GetParam().text);
   ASSERT_FALSE(decoded.valid());
   EXPECT_EQ(decoded.problem->substr(0, GetParam().problem.size()), GetParam().problem)
       << *decoded.problem;
+  // The problem reaches logs and the error document: no raw bytes, no whole tokens.
+  EXPECT_EQ(printable(*decoded.problem), *decoded.problem);
+  EXPECT_LE(decoded.problem->size(), 300u);
+}
+
+// Many small objects: the callback parser took minutes for this much.
+std::string manySmallObjects() {
+  std::string text = "[";
+  for (int i = 0; i < 7500; ++i) text += R"({"":0},)";
+  return text + "0]";
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Decoding, MalformedPayload,
-    testing::Values(BadPayload{"Empty", "", "payload: empty"},
-                    BadPayload{"LengthNotAMultipleOfFour",
-                               "QUJD=", "payload: not base64: its length 5 is not a multiple of 4"},
-                    BadPayload{"PaddingInside", "QQ==QUJD",
-                               "payload: not base64: character 3 is not in the base64 alphabet"},
-                    BadPayload{"NonZeroTrailingBits", "QR==",
-                               "payload: not base64: the bits after the last byte are not zero"},
-                    BadPayload{"ZlibContainer", base64Encode(*zip(bytesOf("[1,2,3]"))),
-                               "payload: not a raw DEFLATE stream ("},
-                    BadPayload{"Truncated",
-                               base64(rawDeflate(validDocument().dump()).substr(0, 400)),
-                               "payload: the DEFLATE stream ends before its last block"},
-                    BadPayload{"TrailingBytes", base64(rawDeflate("[]") + "xyz"),
-                               "payload: 3 bytes follow the end of the DEFLATE stream"},
-                    BadPayload{"NotJson", base64(rawDeflate("{not json")),
-                               "payload: not JSON: parse error at line 1, column 3"},
-                    BadPayload{"NestedTooDeep", base64(rawDeflate(std::string(100000, '['))),
-                               "payload: the JSON nests deeper than 32 levels"}),
+    testing::Values(
+        BadPayload{"Empty", "", "payload: empty"},
+        BadPayload{"LengthNotAMultipleOfFour",
+                   "QUJD=", "payload: not base64: its length 5 is not a multiple of 4"},
+        BadPayload{"PaddingInside", "QQ==QUJD",
+                   "payload: not base64: character 3 is not in the base64 alphabet"},
+        BadPayload{"NonZeroTrailingBits",
+                   "QR==", "payload: not base64: the bits after the last byte are not zero"},
+        BadPayload{"ZlibContainer", base64Encode(*zip(bytesOf("[1,2,3]"))),
+                   "payload: not a raw DEFLATE stream ("},
+        BadPayload{"Truncated", base64(rawDeflate(validDocument().dump()).substr(0, 400)),
+                   "payload: the DEFLATE stream ends before its last block"},
+        BadPayload{"TrailingBytes", base64(rawDeflate("[]") + "xyz"),
+                   "payload: 3 bytes follow the end of the DEFLATE stream"},
+        BadPayload{"NotJson", base64(rawDeflate("{not json")),
+                   "payload: not JSON: parse error at line 1, column 3"},
+        BadPayload{"NestedTooDeep", base64(rawDeflate(std::string(100000, '['))),
+                   "payload: the JSON nests deeper than 32 levels"},
+        BadPayload{
+            "InvalidUtf8", base64(rawDeflate("[\"\xff\xfe\"]")),
+            R"(payload: not JSON: parse error at line 1, column 3: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last read: ""\xff")"},
+        BadPayload{"HugeNumber", base64(rawDeflate("[" + std::string(100000, '9') + "]")),
+                   R"(payload: not JSON: number overflow parsing "99999)"},
+        BadPayload{"MemberTwice", base64(rawDeflate(R"([{"a":[],"a":[]}])")),
+                   R"(payload: the JSON names the member "a" twice in one object)"},
+        BadPayload{"ManySmallObjects", base64(rawDeflate(manySmallObjects())),
+                   R"(section 1: expected "GeneralInfo", got "")"}),
     caseName);
 
-TEST(DatasetValidator, StopsInflatingAtTheSizeLimit) {
+TEST(DatasetValidator, StopsAtItsSizeAndValueLimits) {
   // A small payload that inflates far beyond the limit is cut off there.
   const auto bomb =
       DatasetValidator(1u << 20).decode(base64(rawDeflate(std::string(8u << 20, ' '))));
@@ -114,6 +134,11 @@ TEST(DatasetValidator, StopsInflatingAtTheSizeLimit) {
   const std::string text = validDocument().dump();
   EXPECT_TRUE(DatasetValidator(text.size()).decode(base64(rawDeflate(text))).valid());
   EXPECT_FALSE(DatasetValidator(text.size() - 1).decode(base64(rawDeflate(text))).valid());
+  // The largest limit saturates rather than wrapping to 0 (which spun forever).
+  EXPECT_TRUE(DatasetValidator(SIZE_MAX).decode(base64(rawDeflate(text))).valid());
+  // The values are counted while parsing.
+  EXPECT_EQ(DatasetValidator(text.size(), 100).decode(base64(rawDeflate(text))).problem,
+            "payload: the JSON holds more than 100 values");
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "DatasetValidator.hpp"
 
+#include "BoundedJson.hpp"
 #include "DatasetSchema.hpp"
+#include "StopSignal.hpp"
 #include "dataset/Element.hpp"
 
 #include <tavrin/codec.hpp>
@@ -21,13 +23,6 @@ namespace {
 
 using nlohmann::json;
 
-// A dataset nests at most six levels deep (document, section, values, row,
-// list, nested row); anything far deeper is refused while parsing, before it
-// can make any later walk deep.
-constexpr int maxJsonDepth = 32;
-
-struct TooDeep {};
-
 // Why a text is not base64 as the client writes it (the codec's strict
 // decoding refused it): the first thing wrong, for the message.
 std::string base64Problem(std::string_view text) {
@@ -47,16 +42,25 @@ std::string base64Problem(std::string_view text) {
 // Inflates a raw DEFLATE stream into `text`, refusing to produce more than
 // `limit` bytes and any bytes after the end of the stream.
 std::optional<std::string> inflateBounded(const std::vector<std::uint8_t>& input, std::size_t limit,
-                                          std::string& text) {
+                                          const std::atomic<bool>* stop, std::string& text) {
   z_stream stream{};
   if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) return "the inflater could not start";
   const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, inflateEnd);
-  // zlib counts in 32 bits; feed the input in pieces that fit.
+  // zlib counts in 32 bits; feed the input in pieces that fit, and inflate
+  // in steps short enough to look at the stop flag between them.
   constexpr std::size_t piece = std::size_t{1} << 30;
+  constexpr std::size_t step = std::size_t{16} << 20;
   std::size_t consumed = 0;
   std::size_t produced = 0;
-  text.assign(std::min<std::size_t>(std::max<std::size_t>(input.size() * 4, 4096), limit + 1),
-              '\0');
+  // One byte beyond the limit shows that the stream goes on past it; the
+  // largest limit saturates instead of wrapping around to 0.
+  const std::size_t bound = limit < SIZE_MAX ? limit + 1 : limit;
+  const auto tooLarge = [limit] {
+    return "it inflates to more than the limit of " + std::to_string(limit) + " bytes";
+  };
+  // Room for four times the input to begin with, doubled whenever it fills.
+  const std::size_t initial = std::min(input.size(), bound / 4) * 4;
+  text.assign(std::min<std::size_t>(std::max<std::size_t>(initial, 4096), bound), '\0');
   for (;;) {
     if (stream.avail_in == 0 && consumed < input.size()) {
       const std::size_t size = std::min(piece, input.size() - consumed);
@@ -65,12 +69,11 @@ std::optional<std::string> inflateBounded(const std::vector<std::uint8_t>& input
       consumed += size;
     }
     if (produced == text.size()) {
-      if (produced > limit) {
-        return "it inflates to more than the limit of " + std::to_string(limit) + " bytes";
-      }
-      text.resize(std::min(text.size() * 2, limit + 1));
+      if (produced >= bound) return tooLarge();
+      text.resize(text.size() < bound / 2 ? text.size() * 2 : bound);
     }
-    const std::size_t room = std::min(piece, text.size() - produced);
+    if (stop != nullptr && *stop) throw WorkStopped();
+    const std::size_t room = std::min(step, text.size() - produced);
     stream.next_out = reinterpret_cast<Bytef*>(text.data() + produced);
     stream.avail_out = static_cast<uInt>(room);
     const int status = inflate(&stream, Z_NO_FLUSH);
@@ -84,9 +87,7 @@ std::optional<std::string> inflateBounded(const std::vector<std::uint8_t>& input
              ")";
     }
   }
-  if (produced > limit) {
-    return "it inflates to more than the limit of " + std::to_string(limit) + " bytes";
-  }
+  if (produced > limit) return tooLarge();
   const std::size_t trailing = stream.avail_in + (input.size() - consumed);
   if (trailing != 0) {
     return std::to_string(trailing) + " bytes follow the end of the DEFLATE stream";
@@ -333,6 +334,10 @@ std::vector<SectionCount> DatasetValidator::countSections(const json& document) 
   return counts;
 }
 
+std::optional<std::string> DatasetValidator::parse(std::string_view text, json& document) const {
+  return parseBoundedJson(text, {maxJsonDepth, _maxJsonValues, _stop}, document);
+}
+
 DecodedPayload DatasetValidator::decode(std::string_view base64) const {
   DecodedPayload result;
   result.base64Size = base64.size();
@@ -347,29 +352,14 @@ DecodedPayload DatasetValidator::decode(std::string_view base64) const {
   }
   result.deflateSize = compressed->size();
   std::string text;
-  if (auto problem = inflateBounded(*compressed, _maxJsonSize, text)) {
+  if (auto problem = inflateBounded(*compressed, _maxJsonSize, _stop, text)) {
     result.problem = "payload: " + *problem;
     return result;
   }
   compressed.reset();
   result.jsonSize = text.size();
   json document;
-  try {
-    document = json::parse(text, [](int depth, json::parse_event_t, json&) {
-      if (depth > maxJsonDepth) throw TooDeep{};
-      return true;
-    });
-  } catch (const json::exception& error) {
-    // Drop the library's tag, for example "[json.exception.parse_error.101] ".
-    std::string_view message = error.what();
-    if (const auto tag = message.find("] "); tag != std::string_view::npos) {
-      message.remove_prefix(tag + 2);
-    }
-    result.problem = "payload: not JSON: " + std::string(message);
-  } catch (const TooDeep&) {
-    result.problem =
-        "payload: the JSON nests deeper than " + std::to_string(maxJsonDepth) + " levels";
-  }
+  if (auto problem = parse(text, document)) result.problem = "payload: " + *problem;
   result.json = std::move(text);
   if (result.problem) return result;
   result.sections = countSections(document);

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <atomic>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -41,12 +42,26 @@ class DatasetValidator {
   // The inflated JSON may be at most this large; a payload that inflates
   // beyond it is refused without inflating the rest.
   static constexpr std::size_t defaultMaxJsonSize = std::size_t{256} << 20;
+  // The JSON may hold at most this many values (a 200,000-contact phone's
+  // dataset holds about 10 million); more are refused while parsing.
+  static constexpr std::size_t defaultMaxJsonValues = std::size_t{16} << 20;
+  // A dataset nests six levels deep (document, section, values, row, list,
+  // nested row); anything deeper than this is refused while parsing.
+  static constexpr std::size_t maxJsonDepth = 32;
 
-  explicit DatasetValidator(std::size_t maxJsonSize = defaultMaxJsonSize)
-      : _maxJsonSize(maxJsonSize) {}
+  // When `stop` is given, decoding watches it and gives up once it is raised.
+  explicit DatasetValidator(std::size_t maxJsonSize = defaultMaxJsonSize,
+                            std::size_t maxJsonValues = defaultMaxJsonValues,
+                            const std::atomic<bool>* stop = nullptr)
+      : _maxJsonSize(maxJsonSize), _maxJsonValues(maxJsonValues), _stop(stop) {}
 
-  // Decodes and checks one payload. Never throws for malformed input.
+  // Decodes and checks one payload, in time linear in its size. Never throws
+  // for malformed input; throws WorkStopped once the stop flag is raised.
   DecodedPayload decode(std::string_view base64) const;
+
+  // Parses dataset JSON within the validator's limits; the problem when the
+  // text is not JSON or exceeds them, nothing when `document` holds it.
+  std::optional<std::string> parse(std::string_view json, nlohmann::json& document) const;
 
   // Checks the structure of a parsed document; absent when it is a valid dataset.
   static std::optional<std::string> validate(const nlohmann::json& document);
@@ -56,6 +71,8 @@ class DatasetValidator {
 
  private:
   std::size_t _maxJsonSize;
+  std::size_t _maxJsonValues;
+  const std::atomic<bool>* _stop;
 };
 
 }  // namespace tavrin::sandbox
