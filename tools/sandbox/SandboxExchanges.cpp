@@ -3,7 +3,7 @@
 #include "BoundedJson.hpp"
 #include "PrintableText.hpp"
 #include "StopSignal.hpp"
-#include "service/StatusResource.hpp"
+#include "collection/StatusResource.hpp"
 
 #include <openssl/rand.h>
 #include <nlohmann/json.hpp>

@@ -3,7 +3,7 @@
 #include "PrintableText.hpp"
 #include "TlsListener.hpp"
 #include "TlsStream.hpp"
-#include "service/StatusResource.hpp"
+#include "collection/StatusResource.hpp"
 
 #include <httplib.h>
 
@@ -95,7 +95,7 @@ SandboxServer::SandboxServer(SandboxOptions options)
                                         httplib::Response& response, std::exception_ptr failure) {
     std::string what = "unknown failure";
     try {
-      std::rethrow_exception(failure);
+      std::rethrow_exception(std::move(failure));
     } catch (const std::exception& error) {
       what = error.what();
     } catch (...) {

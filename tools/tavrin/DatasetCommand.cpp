@@ -1,8 +1,7 @@
 #include "Commands.hpp"
 
-#include "dataset/DataExtractorManager.hpp"
-#include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
+#include "collection/DatasetPipeline.hpp"
+#include "collection/PermissionHeplper.hpp"
 
 #include <tavrin/error.hpp>
 
@@ -36,7 +35,7 @@ Command addDatasetCommand(CLI::App& app) {
             DataExtractorManager manager(device);
             PermissionHeplper::requestPermissions(*device);
             try {
-              const MappedBuffer json = writeJson(manager.extractData());
+              const MappedBuffer json = DatasetPipeline::datasetJson(manager);
               if (options->pretty) {
                 std::cout << nlohmann::json::parse(json.view()).dump(2) << '\n';
               } else {

@@ -2,6 +2,7 @@
 
 #include <tavrin/platform/Platform.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -28,12 +29,13 @@ std::string ProfileValue::pointer() const {
   std::vector<const ProfileValue*> chain;
   for (const auto* v = this; v->_parent != nullptr; v = v->_parent) chain.push_back(v);
   std::string out;
-  for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+  std::reverse(chain.begin(), chain.end());  // from the root down
+  for (const ProfileValue* value : chain) {
     out += '/';
-    if ((*it)->_parent->json().is_array()) {
-      out += std::to_string((*it)->_index);
+    if (value->_parent->json().is_array()) {
+      out += std::to_string(value->_index);
     } else {
-      appendPointerToken(out, (*it)->_name);
+      appendPointerToken(out, value->_name);
     }
   }
   return out;
