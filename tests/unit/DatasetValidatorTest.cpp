@@ -57,8 +57,6 @@ class ChangedDocument : public testing::TestWithParam<json> {};
 TEST_P(ChangedDocument, GetsTheVerdictOfItsFirstProblem) {
   const json document = validDocument().patch(GetParam().at("patch"));
   const auto verdict = GetParam().at("verdict").get<std::string>();
-  EXPECT_EQ(DatasetValidator::validate(document).value_or("accepted"), verdict);
-  // Through the whole decoding the same verdict is given.
   EXPECT_EQ(DatasetValidator().decode(payload(document)).problem.value_or("accepted"), verdict);
 }
 
@@ -85,10 +83,10 @@ TEST_P(MalformedPayload, IsRefusedAtTheRightStageInShortPrintableText) {
   EXPECT_LE(decoded.problem->size(), 300u);
 }
 
-// Many small objects: the callback parser took minutes for this much.
+// Many small objects: nlohmann's callback parser took minutes for this many.
 std::string manySmallObjects() {
   std::string text = "[";
-  for (int i = 0; i < 7500; ++i) text += R"({"":0},)";
+  for (int i = 0; i < 200000; ++i) text += R"({"":0},)";
   return text + "0]";
 }
 
@@ -109,16 +107,16 @@ INSTANTIATE_TEST_SUITE_P(
         BadPayload{"TrailingBytes", base64(rawDeflate("[]") + "xyz"),
                    "payload: 3 bytes follow the end of the DEFLATE stream"},
         BadPayload{"NotJson", base64(rawDeflate("{not json")),
-                   "payload: not JSON: parse error at line 1, column 3"},
-        BadPayload{"NestedTooDeep", base64(rawDeflate(std::string(100000, '['))),
+                   "payload: not JSON: The JSON document has an improper structure"},
+        BadPayload{"NestedTooDeep", base64(rawDeflate(std::string(50, '[') + std::string(50, ']'))),
                    "payload: the JSON nests deeper than 32 levels"},
-        BadPayload{
-            "InvalidUtf8", base64(rawDeflate("[\"\xff\xfe\"]")),
-            R"(payload: not JSON: parse error at line 1, column 3: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last read: ""\xff")"},
+        BadPayload{"InvalidUtf8", base64(rawDeflate("[\"\xff\xfe\"]")),
+                   "payload: not JSON: The input is not valid UTF-8"},
         BadPayload{"HugeNumber", base64(rawDeflate("[" + std::string(100000, '9') + "]")),
-                   R"(payload: not JSON: number overflow parsing "99999)"},
-        BadPayload{"MemberTwice", base64(rawDeflate(R"([{"a":[],"a":[]}])")),
-                   R"(payload: the JSON names the member "a" twice in one object)"},
+                   "payload: not JSON: Problem while parsing a number"},
+        // Only the section objects are objects, each with one member.
+        BadPayload{"MemberTwice", base64(rawDeflate(R"([{"GeneralInfo":[],"GeneralInfo":[]}])")),
+                   R"(section 1: expected an object with the one member "GeneralInfo")"},
         BadPayload{"ManySmallObjects", base64(rawDeflate(manySmallObjects())),
                    R"(section 1: expected "GeneralInfo", got "")"}),
     caseName);
@@ -138,7 +136,7 @@ TEST(DatasetValidator, StopsAtItsSizeAndValueLimits) {
   EXPECT_TRUE(DatasetValidator(SIZE_MAX).decode(base64(rawDeflate(text))).valid());
   // The values are counted while parsing.
   EXPECT_EQ(DatasetValidator(text.size(), 100).decode(base64(rawDeflate(text))).problem,
-            "payload: the JSON holds more than 100 values");
+            "payload: the dataset holds more than 100 values");
 }
 
 }  // namespace
