@@ -23,36 +23,36 @@ constexpr std::size_t stopCheckInterval = 1 << 16;
 // Builds the document from the parser's events, keeping the containers being
 // filled on a stack: each event costs constant time (an object's member, the
 // logarithm of its member count), unlike nlohmann's callback parser.
-class BoundedBuilder {
+class BoundedBuilder final : public nlohmann::json_sax<json> {
  public:
   BoundedBuilder(const JsonLimits& limits, json& root) : _limits(limits), _root(root) {}
 
   const std::optional<std::string>& problem() const { return _problem; }
 
-  bool null() { return add(json(nullptr)) != nullptr; }
-  bool boolean(bool value) { return add(json(value)) != nullptr; }
-  bool number_integer(json::number_integer_t value) { return add(json(value)) != nullptr; }
-  bool number_unsigned(json::number_unsigned_t value) { return add(json(value)) != nullptr; }
-  bool number_float(json::number_float_t value, const std::string&) {
+  bool null() override { return add(json(nullptr)) != nullptr; }
+  bool boolean(bool value) override { return add(json(value)) != nullptr; }
+  bool number_integer(number_integer_t value) override { return add(json(value)) != nullptr; }
+  bool number_unsigned(number_unsigned_t value) override { return add(json(value)) != nullptr; }
+  bool number_float(number_float_t value, const string_t&) override {
     return add(json(value)) != nullptr;
   }
-  bool string(std::string& value) { return add(json(std::move(value))) != nullptr; }
-  bool binary(json::binary_t&) { return refuse("binary values are not JSON"); }
+  bool string(string_t& value) override { return add(json(std::move(value))) != nullptr; }
+  bool binary(binary_t&) override { return refuse("binary values are not JSON"); }
 
-  bool start_object(std::size_t) { return open(json::object()); }
-  bool key(std::string& name) {
+  bool start_object(std::size_t) override { return open(json::object()); }
+  bool key(string_t& name) override {
     if (_open.back()->contains(name)) {
       return refuse("the JSON names the member " + quoted(name) + " twice in one object");
     }
     _key = std::move(name);
     return true;
   }
-  bool end_object() { return close(); }
-  bool start_array(std::size_t) { return open(json::array()); }
-  bool end_array() { return close(); }
+  bool end_object() override { return close(); }
+  bool start_array(std::size_t) override { return open(json::array()); }
+  bool end_array() override { return close(); }
 
   bool parse_error(std::size_t, const std::string& token,
-                   const nlohmann::detail::exception& error) {
+                   const nlohmann::detail::exception& error) override {
     // The library's message echoes the token whole and raw; show an excerpt
     // instead, and drop the tag ("[json.exception.parse_error.101] ").
     std::string message = error.what();

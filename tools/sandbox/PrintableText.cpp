@@ -27,16 +27,14 @@ void appendEscape(std::string& out, std::string_view prefix, std::uint8_t byte) 
 void appendPiece(std::string& out, std::string_view text, std::size_t length) {
   const auto byte = static_cast<std::uint8_t>(text[0]);
   const std::uint8_t second = length > 1 ? static_cast<std::uint8_t>(text[1]) : 0;
-  if (length == 0) {
-    appendEscape(out, "\\x", byte);  // not UTF-8
-  } else if (byte == '\n') {
+  if (byte == '\n') {
     out += "\\n";
   } else if (byte == '\r') {
     out += "\\r";
   } else if (byte == '\t') {
     out += "\\t";
-  } else if (byte < 0x20 || byte == 0x7F) {
-    appendEscape(out, "\\x", byte);
+  } else if (length == 0 || byte < 0x20 || byte == 0x7F) {
+    appendEscape(out, "\\x", byte);  // a control character, or a byte that is not UTF-8
   } else if (byte == 0xC2 && second < 0xA0) {
     appendEscape(out, "\\u00", second);  // a C1 control
   } else {

@@ -1,12 +1,12 @@
 #include "PrivateDirectory.hpp"
 
-#include <signal.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
+#include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 

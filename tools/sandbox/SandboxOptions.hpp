@@ -23,7 +23,7 @@ struct SandboxLimits {
   // A login's or a check's body, which holds one short string; 413 beyond.
   std::size_t maxSmallBody = 4096;
   // A request's line and headers; beyond, the request fails with 400.
-  std::size_t maxRequestHead = 64 * 1024;
+  std::size_t maxRequestHead = std::size_t{64} << 10;
   // The dataset an upload inflates to, and the values its JSON holds; an
   // upload beyond either is refused as dataset_invalid.
   std::size_t maxDataset = DatasetValidator::defaultMaxJsonSize;
