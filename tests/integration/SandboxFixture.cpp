@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <tavrin/codec.hpp>
 
+#include <csignal>
 #include <fstream>
 
 namespace tavrin::testing_support {
@@ -57,6 +58,8 @@ SandboxClient::Reply SandboxClient::postText(const std::string& path, const std:
 }
 
 SlowLoris::SlowLoris(int port, const std::string& caFile, const std::string& address, int count) {
+  // A write to a connection the sandbox closed must not end the test.
+  std::signal(SIGPIPE, SIG_IGN);
   for (int i = 0; i < count; ++i) {
     const int socket = _sockets.emplace_back(::socket(AF_INET, SOCK_STREAM, 0));
     _clients.emplace_back([=, this] { run(socket, port, caFile, address); });
@@ -78,6 +81,11 @@ SlowLoris::~SlowLoris() {
 void SlowLoris::awaitServed(int count) {
   std::unique_lock lock(_mutex);
   _changed.wait(lock, [&] { return _served >= count; });
+}
+
+void SlowLoris::awaitCut(int count) {
+  std::unique_lock lock(_mutex);
+  _changed.wait(lock, [&] { return _cut >= count; });
 }
 
 void SlowLoris::run(int socket, int port, const std::string& caFile, const std::string& address) {
@@ -106,7 +114,11 @@ void SlowLoris::run(int socket, int port, const std::string& caFile, const std::
     for (std::size_t sent = 0;
          !_changed.wait_for(lock, std::chrono::milliseconds(100), [this] { return _stopping; });
          ++sent) {
-      if (SSL_write(ssl.get(), sent < head.size() ? &head[sent] : "a", 1) != 1) break;
+      if (SSL_write(ssl.get(), sent < head.size() ? &head[sent] : "a", 1) != 1) {
+        ++_cut;
+        _changed.notify_all();
+        break;
+      }
     }
   }
 }

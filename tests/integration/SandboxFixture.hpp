@@ -49,7 +49,7 @@ class SandboxClient {
 // Slow-loris clients: each connects from `address` (another loopback address
 // than the normal clients' 127.0.0.1), completes the TLS handshake once the
 // sandbox takes it on, and then sends a request's headers a byte at a time,
-// never finishing them, until destroyed.
+// never finishing them, until destroyed or cut off.
 class SlowLoris {
  public:
   SlowLoris(int port, const std::string& caFile, const std::string& address, int count);
@@ -57,12 +57,15 @@ class SlowLoris {
   // Waits until this many of them are past the handshake.
   void awaitServed(int count);
   int served() const { return _served; }
+  // Waits until the sandbox has cut off this many of them.
+  void awaitCut(int count);
 
  private:
   void run(int socket, int port, const std::string& caFile, const std::string& address);
 
   std::vector<int> _sockets;
   std::atomic<int> _served{0};
+  int _cut = 0;
   bool _stopping = false;
   std::mutex _mutex;
   std::condition_variable _changed;

@@ -198,8 +198,8 @@ TEST(SandboxProcess, TakesItsLimitsAndFaultRulesFromTheCommandLine) {
   EXPECT_EQ(unreadable.exitCode, 2);
   EXPECT_THAT(unreadable.errors, HasSubstr("\"upload:explode\""));
 
-  SandboxProcess sandbox({"--max-body", "2000", "--io-timeout", "1", "--fault",
-                          "upload:status=401*1", "--fault", "check:error=409/busy"});
+  SandboxProcess sandbox({"--max-body", "2000", "--io-timeout", "1", "--request-timeout", "2",
+                          "--fault", "upload:status=401*1", "--fault", "check:error=409/busy"});
   auto client = sandbox.client();
   const std::string token = client.login();
   EXPECT_EQ(summary(client.upload(token, "big", std::string(4000, 'A'))), "413 payload_too_large");
@@ -219,7 +219,12 @@ TEST(SandboxProcess, TakesItsLimitsAndFaultRulesFromTheCommandLine) {
   char byte;
   EXPECT_EQ(read(connection, &byte, 1), 0);
   close(connection);
+  // One that sends a byte of its headers every tenth of a second, never idle
+  // for the I/O timeout, is cut off once the request's time is up.
+  SlowLoris(sandbox.port, sandbox.caFile, "127.0.0.1", 1).awaitCut(1);
   EXPECT_FALSE(client.login().empty());
+  // Out of range, a limit is refused rather than wrapped around.
+  EXPECT_EQ(runTool({"sandbox", "--max-dataset", "18446744073709551615"}).exitCode, 2);
 }
 
 TEST(SandboxProcess, ExpiresEveryTokenAtOnceWithZeroLifetime) {
