@@ -78,6 +78,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
     response.status = 404;
   });
 
+  // What the answers tell clients about kept-alive connections.
+  _router->set_keep_alive_timeout(_options.limits.idleTimeout.count());
   _router->set_error_handler(httplib::Server::HandlerWithResponse(
       [this](const httplib::Request& request, httplib::Response& response) {
         if (response.has_header(exchangeHeader)) return httplib::Server::HandlerResponse::Unhandled;
