@@ -53,8 +53,8 @@ using Strings = std::map<std::string, std::string>;
 // is only checked to be JSON.
 constexpr ValueRules bundleEntry{
     [](ProfileJsonReader& reader, void* field, JsonScalar& value, bool) {
-      if (value.kind == JsonScalar::Kind::string) {
-        (*static_cast<Strings*>(field))[reader.innermost().key] = std::move(*value.text);
+      if (std::string* const text = textOf(value)) {
+        (*static_cast<Strings*>(field))[reader.innermost().key] = std::move(*text);
       }
     },
     [](ProfileJsonReader& reader, void*, bool) { reader.open(nullptr, anyMembers, false); },
@@ -69,8 +69,9 @@ constexpr ContainerRules bundleMembers{[](ProfileJsonReader& reader, Frame& fram
 // An identifier of a list: a text, kept in the list's one buffer.
 constexpr ValueRules listedIdentifier{
     [](ProfileJsonReader& reader, void* field, JsonScalar& value, bool) {
-      if (value.kind != JsonScalar::Kind::string) reader.expected("a string", false);
-      static_cast<IdentifierList*>(field)->push_back(*value.text);
+      const std::string* const text = textOf(value);
+      if (!text) reader.expected("a string", false);
+      static_cast<IdentifierList*>(field)->push_back(*text);
     },
     [](ProfileJsonReader& reader, void*, bool) { reader.expected("a string", false); },
     [](ProfileJsonReader& reader, void*, bool) { reader.expected("a string", false); }};
@@ -91,14 +92,13 @@ void Rules<IdentifierList>::array(ProfileJsonReader& reader, IdentifierList& fie
 
 void Rules<FourCharCode<std::uint32_t>>::scalar(ProfileJsonReader& reader, std::uint32_t& field,
                                                 JsonScalar& value, bool) {
-  if (value.kind == JsonScalar::Kind::string) {
-    const std::string& text = *value.text;
-    const bool printable = std::all_of(text.begin(), text.end(), [](char c) {
+  if (const std::string* const text = textOf(value)) {
+    const bool printable = std::all_of(text->begin(), text->end(), [](char c) {
       return static_cast<unsigned char>(c) >= 0x20 && static_cast<unsigned char>(c) < 0x7F;
     });
-    if (text.size() == 4 && printable) {
+    if (text->size() == 4 && printable) {
       field = 0;
-      for (const char c : text) field = (field << 8) | static_cast<unsigned char>(c);
+      for (const char c : *text) field = (field << 8) | static_cast<unsigned char>(c);
       return;
     }
   } else if (const auto number = exactInteger<std::uint32_t>(value)) {
@@ -111,24 +111,25 @@ void Rules<FourCharCode<std::uint32_t>>::scalar(ProfileJsonReader& reader, std::
 void Rules<UuidText<std::optional<Uuid>>>::scalar(ProfileJsonReader& reader,
                                                   std::optional<Uuid>& field, JsonScalar& value,
                                                   bool) {
-  if (value.kind == JsonScalar::Kind::null) {
+  if (std::holds_alternative<std::nullptr_t>(value)) {
     field.reset();
     return;
   }
-  if (value.kind != JsonScalar::Kind::string) reader.expected(expected, false);
-  field = parseUuid(*value.text);
+  const std::string* const text = textOf(value);
+  if (!text) reader.expected(expected, false);
+  field = parseUuid(*text);
   if (!field) reader.fail(R"(expected UUID text such as "E621E1F8-C36C-495A-93FC-0C247A3E6E5F")");
 }
 
 void Rules<MachineText<std::array<std::uint8_t, 256>>>::scalar(ProfileJsonReader& reader,
                                                                std::array<std::uint8_t, 256>& field,
                                                                JsonScalar& value, bool) {
-  if (value.kind != JsonScalar::Kind::string) reader.expected(expected, false);
-  const std::string& text = *value.text;
+  const std::string* const text = textOf(value);
+  if (!text) reader.expected(expected, false);
   // The last byte stays zero: the field is a C string.
-  if (text.size() >= field.size()) reader.fail("expected at most 255 bytes");
+  if (text->size() >= field.size()) reader.fail("expected at most 255 bytes");
   field.fill(0);
-  std::copy(text.begin(), text.end(), field.begin());
+  std::copy(text->begin(), text->end(), field.begin());
 }
 
 void Rules<FrequencyName<Recurrence::Frequency>>::scalar(ProfileJsonReader& reader,
@@ -140,7 +141,8 @@ void Rules<FrequencyName<Recurrence::Frequency>>::scalar(ProfileJsonReader& read
       {"monthly", Recurrence::Frequency::monthly},
       {"yearly", Recurrence::Frequency::yearly}};
   const auto known = std::find_if(std::begin(names), std::end(names), [&](const auto& name) {
-    return value.kind == JsonScalar::Kind::string && *value.text == name.first;
+    const std::string* const text = textOf(value);
+    return text && *text == name.first;
   });
   if (known == std::end(names)) reader.expected(expected, false);
   field = known->second;
@@ -148,7 +150,7 @@ void Rules<FrequencyName<Recurrence::Frequency>>::scalar(ProfileJsonReader& read
 
 void Rules<BundleStrings<Strings>>::scalar(ProfileJsonReader& reader, Strings& field,
                                            JsonScalar& value, bool) {
-  if (value.kind != JsonScalar::Kind::null) reader.expected(expected, false);
+  if (!std::holds_alternative<std::nullptr_t>(value)) reader.expected(expected, false);
   field.clear();
 }
 

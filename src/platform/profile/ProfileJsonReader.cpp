@@ -75,37 +75,12 @@ class Events {
  public:
   explicit Events(ProfileJsonReader& reader) : _reader(reader) {}
 
-  bool null() { return deliver({}); }
-  bool boolean(bool value) {
-    JsonScalar scalar;
-    scalar.kind = JsonScalar::Kind::boolean;
-    scalar.boolean = value;
-    return deliver(scalar);
-  }
-  bool number_integer(std::int64_t value) {
-    JsonScalar scalar;
-    scalar.kind = JsonScalar::Kind::integer;
-    scalar.integer = value;
-    return deliver(scalar);
-  }
-  bool number_unsigned(std::uint64_t value) {
-    JsonScalar scalar;
-    scalar.kind = JsonScalar::Kind::unsignedInteger;
-    scalar.unsignedInteger = value;
-    return deliver(scalar);
-  }
-  bool number_float(double value, const std::string&) {
-    JsonScalar scalar;
-    scalar.kind = JsonScalar::Kind::floating;
-    scalar.floating = value;
-    return deliver(scalar);
-  }
-  bool string(std::string& value) {
-    JsonScalar scalar;
-    scalar.kind = JsonScalar::Kind::string;
-    scalar.text = &value;
-    return deliver(scalar);
-  }
+  bool null() { return deliver(nullptr); }
+  bool boolean(bool value) { return deliver(value); }
+  bool number_integer(std::int64_t value) { return deliver(value); }
+  bool number_unsigned(std::uint64_t value) { return deliver(value); }
+  bool number_float(double value, const std::string&) { return deliver(value); }
+  bool string(std::string& value) { return deliver(&value); }
   // Only binary formats have binary values; JSON text has none.
   bool binary(nlohmann::json::binary_t&) { _reader.fail("a binary value"); }
   bool start_object(std::size_t) {
@@ -292,27 +267,32 @@ void ProfileJsonReader::syntaxError(std::size_t byte, const std::string& message
   throw DeviceProfileError(_file, pointer(atMember || _depth == 0 ? _depth : _depth - 1), reason);
 }
 
+std::optional<double> numberOf(const JsonScalar& value) {
+  if (const auto* integer = std::get_if<std::int64_t>(&value)) return static_cast<double>(*integer);
+  if (const auto* integer = std::get_if<std::uint64_t>(&value))
+    return static_cast<double>(*integer);
+  if (const auto* number = std::get_if<double>(&value)) return *number;
+  return {};
+}
+
 void Rules<std::string>::scalar(ProfileJsonReader& reader, std::string& field, JsonScalar& value,
                                 bool orNull) {
-  if (value.kind != JsonScalar::Kind::string) reader.expected(expected, orNull);
-  field = std::move(*value.text);
+  std::string* const text = textOf(value);
+  if (!text) reader.expected(expected, orNull);
+  field = std::move(*text);
 }
 
 void Rules<bool>::scalar(ProfileJsonReader& reader, bool& field, JsonScalar& value, bool orNull) {
-  if (value.kind != JsonScalar::Kind::boolean) reader.expected(expected, orNull);
-  field = value.boolean;
+  const bool* const boolean = std::get_if<bool>(&value);
+  if (!boolean) reader.expected(expected, orNull);
+  field = *boolean;
 }
 
 void Rules<double>::scalar(ProfileJsonReader& reader, double& field, JsonScalar& value,
                            bool orNull) {
-  switch (value.kind) {
-    case JsonScalar::Kind::integer: field = static_cast<double>(value.integer); break;
-    case JsonScalar::Kind::unsignedInteger:
-      field = static_cast<double>(value.unsignedInteger);
-      break;
-    case JsonScalar::Kind::floating: field = value.floating; break;
-    default: reader.expected(expected, orNull);
-  }
+  const auto number = numberOf(value);
+  if (!number) reader.expected(expected, orNull);
+  field = *number;
 }
 
 void Rules<float>::scalar(ProfileJsonReader& reader, float& field, JsonScalar& value, bool orNull) {

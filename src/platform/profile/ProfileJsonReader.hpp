@@ -14,6 +14,7 @@
 #include <string_view>
 #include <unordered_set>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace tavrin::platform {
@@ -35,16 +36,18 @@ struct ProfileLimits {
 // empty one at the end. A piece stays valid until the next call.
 using ProfileText = std::function<std::string_view()>;
 
-// A scalar as the JSON parser delivers it.
-struct JsonScalar {
-  enum class Kind { null, boolean, integer, unsignedInteger, floating, string };
-  Kind kind = Kind::null;
-  bool boolean = false;
-  std::int64_t integer = 0;
-  std::uint64_t unsignedInteger = 0;
-  double floating = 0;
-  std::string* text = nullptr;  // the parser's own buffer, free to be moved from
-};
+// A scalar as the JSON parser delivers it. A text is the parser's own
+// buffer, free to be moved from.
+using JsonScalar =
+    std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string*>;
+
+// The text a scalar holds, or null.
+inline std::string* textOf(JsonScalar& value) {
+  auto* const text = std::get_if<std::string*>(&value);
+  return text ? *text : nullptr;
+}
+// The number a scalar holds, if it holds one.
+std::optional<double> numberOf(const JsonScalar& value);
 
 class ProfileJsonReader;
 
@@ -198,27 +201,17 @@ Slot slotOf(const T& codec) {
 template <std::integral I>
 std::optional<I> exactInteger(const JsonScalar& value) {
   constexpr double twoTo63 = 9223372036854775808.0;
-  switch (value.kind) {
-    case JsonScalar::Kind::integer:
-      if (std::in_range<I>(value.integer)) return static_cast<I>(value.integer);
-      return {};
-    case JsonScalar::Kind::unsignedInteger:
-      if (std::in_range<I>(value.unsignedInteger)) return static_cast<I>(value.unsignedInteger);
-      return {};
-    case JsonScalar::Kind::floating: {
-      const double number = value.floating;
-      if (number != std::trunc(number)) return {};
-      if (number >= -twoTo63 && number < twoTo63) {
-        const auto exact = static_cast<std::int64_t>(number);
-        if (std::in_range<I>(exact)) return static_cast<I>(exact);
-      } else if (number >= 0 && number < 2 * twoTo63) {
-        const auto exact = static_cast<std::uint64_t>(number);
-        if (std::in_range<I>(exact)) return static_cast<I>(exact);
-      }
-      return {};
-    }
-    default: return {};
-  }
+  const auto within = [](auto exact) -> std::optional<I> {
+    if (!std::in_range<I>(exact)) return {};
+    return static_cast<I>(exact);
+  };
+  if (const auto* integer = std::get_if<std::int64_t>(&value)) return within(*integer);
+  if (const auto* integer = std::get_if<std::uint64_t>(&value)) return within(*integer);
+  const auto* number = std::get_if<double>(&value);
+  if (!number || *number != std::trunc(*number)) return {};
+  if (*number >= -twoTo63 && *number < twoTo63) return within(static_cast<std::int64_t>(*number));
+  if (*number >= 0 && *number < 2 * twoTo63) return within(static_cast<std::uint64_t>(*number));
+  return {};
 }
 
 template <>
@@ -246,10 +239,7 @@ template <std::integral I>
 requires(!std::same_as<I, bool>) struct Rules<I> {
   static constexpr std::string_view expected = "an integer";
   static void scalar(ProfileJsonReader& reader, I& field, JsonScalar& value, bool orNull) {
-    if (value.kind == JsonScalar::Kind::null || value.kind == JsonScalar::Kind::boolean ||
-        value.kind == JsonScalar::Kind::string) {
-      reader.expected(expected, orNull);
-    }
+    if (!numberOf(value)) reader.expected(expected, orNull);
     const auto exact = exactInteger<I>(value);
     if (!exact) {
       using Limits = std::numeric_limits<I>;
@@ -266,7 +256,7 @@ template <typename T>
 struct Rules<std::optional<T>> {
   static constexpr std::string_view expected = Rules<T>::expected;
   static void scalar(ProfileJsonReader& reader, std::optional<T>& field, JsonScalar& value, bool) {
-    if (value.kind == JsonScalar::Kind::null) {
+    if (std::holds_alternative<std::nullptr_t>(value)) {
       field.reset();
     } else {
       rulesOf<T>().scalar(reader, &field.emplace(), value, true);
