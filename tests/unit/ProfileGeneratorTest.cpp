@@ -64,9 +64,10 @@ TEST(ProfileGenerator, SectionsDoNotDependOnEachOthersSizes) {
   more.contacts = 60;
   more.events = 10;
   const auto a = ProfileGenerator(options).generate(), b = ProfileGenerator(more).generate();
-  EXPECT_TRUE(std::equal(
-      a.photos.assets.begin(), a.photos.assets.end(), b.photos.assets.begin(), b.photos.assets.end(),
-      [](const auto& x, const auto& y) { return x.localIdentifier == y.localIdentifier; }));
+  EXPECT_TRUE(std::equal(a.photos.assets.begin(), a.photos.assets.end(), b.photos.assets.begin(),
+                         b.photos.assets.end(), [](const auto& x, const auto& y) {
+                           return x.localIdentifier == y.localIdentifier;
+                         }));
   EXPECT_EQ(a.contacts.list[29].identifier, b.contacts.list[29].identifier);
   EXPECT_EQ((*a.reminders)[9].reminder.calendarItemIdentifier,
             (*b.reminders)[9].reminder.calendarItemIdentifier);
@@ -154,7 +155,9 @@ TEST(ProfileGenerator, HasAPhonesProportionsAndEdgeCases) {
     return std::any_of(list.begin(), list.end(), predicate);
   };
   const auto share = [&](auto predicate) {
-    return static_cast<double>(std::count_if(p.photos.assets.begin(), p.photos.assets.end(), predicate)) / 20000;
+    return static_cast<double>(
+               std::count_if(p.photos.assets.begin(), p.photos.assets.end(), predicate)) /
+           20000;
   };
   const auto ofType = [](std::int64_t type) {
     return [type](const Asset& a) { return a.mediaType == type; };
