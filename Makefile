@@ -6,7 +6,8 @@ TSAN_BUILD ?= build-tsan
 CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test test-sanitize test-tsan bench fuzz package docs deps build clean format
+.PHONY: demo test test-sanitize test-tsan bench fuzz package docs deps build clean format \
+  coverage check-format check-layers tidy
 
 deps:
 	@./scripts/install-deps.sh
@@ -86,8 +87,38 @@ docs:
 	@TAVRIN_DOCS_OUTPUT=$(BUILD)/docs TAVRIN_VERSION=$(VERSION) doxygen docs/Doxyfile
 	@echo "API reference: $(BUILD)/docs/html/index.html"
 
+# The unit and integration tests once more in an instrumented build, and the
+# share of the lines of src/ they run: printed, and in $(COVERAGE_BUILD)/coverage.
+COVERAGE_BUILD ?= build-coverage
+coverage: deps
+	@./scripts/install-deps.sh gcovr
+	@cmake -S . -B $(COVERAGE_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTAVRIN_COVERAGE=ON \
+	  -DTAVRIN_BUILD_STATIC=OFF $(CMAKE_FLAGS) >/dev/null
+	@cmake --build $(COVERAGE_BUILD) -j $(JOBS)
+	@find $(COVERAGE_BUILD) -name '*.gcda' -delete
+	@cd $(COVERAGE_BUILD) && ctest --output-on-failure -j $(JOBS) -L 'unit|integration' >/dev/null
+	@mkdir -p $(COVERAGE_BUILD)/coverage
+	@gcovr -r . --object-directory $(COVERAGE_BUILD) --filter 'src/' -j $(JOBS) \
+	  --exclude-unreachable-branches --print-summary \
+	  --html-details $(COVERAGE_BUILD)/coverage/index.html | grep -E '^(lines|branches):'
+
+# The house checks that need no build: includes point only down the layers,
+# and every source is laid out as .clang-format says.
+check-layers:
+	@python3 scripts/check-layers.py
+check-format:
+	@./scripts/check-format.sh
+
+# clang-tidy over the library and the tools, with the checks of .clang-tidy,
+# using the compile commands of the build `make build` made.
+tidy: build
+	@./scripts/install-deps.sh clang-tidy-14
+	@run-clang-tidy-14 -p $(BUILD) -j $(JOBS) -quiet '$(CURDIR)/(src|tools)/' >$(BUILD)/tidy.log 2>&1 \
+	  || { grep -E 'warning:|error:' -A3 $(BUILD)/tidy.log | head -n 200; exit 1; }
+	@echo "clang-tidy: no findings in src/ and tools/"
+
 format:
-	@clang-format -i $$(git ls-files '*.cpp' '*.hpp')
+	@clang-format -i $$(git ls-files '*.cpp' '*.hpp' '*.h' '*.c')
 
 clean:
-	@rm -rf $(BUILD) $(SANITIZE_BUILD) $(TSAN_BUILD) build-bench build-fuzz
+	@rm -rf $(BUILD) $(SANITIZE_BUILD) $(TSAN_BUILD) $(COVERAGE_BUILD) build-bench build-fuzz

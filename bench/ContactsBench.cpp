@@ -9,7 +9,7 @@
 #include "ResidentMemory.hpp"
 
 #include "extractors/ContactExtractor.hpp"
-#include "service/releaseFreedHeap.hpp"
+#include "os/releaseFreedHeap.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -98,11 +98,11 @@ const AddressBook& addressBook() {
     // Hand back what generating the text freed, and later what reading it
     // freed, so that only what the loaded phone holds is counted, and the
     // extractions must take fresh pages that show up in the peak.
-    releaseFreedHeap();
+    os::releaseFreedHeap();
     const double before = static_cast<double>(sandbox::ResidentMemory::current());
     AddressBook loaded{platform::loadDeviceProfile(path.string())};
     std::filesystem::remove(path);
-    releaseFreedHeap();
+    os::releaseFreedHeap();
     loaded.profileBytes = static_cast<double>(sandbox::ResidentMemory::current()) - before;
     loaded.peakKnown = sandbox::ResidentMemory::resetPeak();
     loaded.baselineBytes = static_cast<double>(sandbox::ResidentMemory::current());

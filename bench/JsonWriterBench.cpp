@@ -6,9 +6,9 @@
 #include "dataset/Tape.hpp"
 
 #include <benchmark/benchmark.h>
-#include <nlohmann/json.hpp>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+#include <nlohmann/json.hpp>
 
 namespace tavrin::bench {
 namespace {

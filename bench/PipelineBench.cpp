@@ -18,9 +18,9 @@
 #include "ResidentMemory.hpp"
 #include "SandboxServer.hpp"
 #include "codec/ZlibStream.hpp"
+#include "os/releaseFreedHeap.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 #include "service/TavrinServiceCore.hpp"
-#include "service/releaseFreedHeap.hpp"
 
 #include <tavrin/codec.hpp>
 
@@ -78,7 +78,7 @@ struct RunFigures {
 class StageRecorder final : public CollectionObserver {
  public:
   void begin() {
-    releaseFreedHeap();
+    os::releaseFreedHeap();
     baselineResident = sandbox::ResidentMemory::current();
     _baselineHeap = bench::AllocationCounter::current();
     sandbox::ResidentMemory::resetPeak();

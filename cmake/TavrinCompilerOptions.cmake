@@ -13,6 +13,12 @@ if(TAVRIN_SANITIZE)
   add_link_options(${tavrin_sanitize_flags})
 endif()
 
+# Line coverage of everything built, for `make coverage` (GCC's gcov format).
+if(TAVRIN_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
 # Coverage feedback for libFuzzer in every object the fuzz targets link.
 if(TAVRIN_BUILD_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)

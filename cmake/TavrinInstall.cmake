@@ -1,10 +1,10 @@
 # What `cmake --install` puts where, the CMake package and pkg-config file a
 # host finds the library with, and the Debian packages `make package` builds.
 #
-# Two install components: `runtime` (the shared library and the tavrin tool)
-# and `dev` (the public headers, the static library, the shared library's
-# link-time name, the CMake package and the pkg-config file). Nothing from
-# src/ is installed.
+# Three install components: `runtime` (the shared library alone), `dev` (the
+# public headers, the static library, the shared library's link-time name, the
+# CMake package and the pkg-config file) and `tools` (the tavrin tool). Nothing
+# from src/ is installed.
 include(CMakePackageConfigHelpers)
 
 set(tavrin_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tavrinsdk)
@@ -37,7 +37,7 @@ if(TARGET tavrinsdk_static)
     COMPONENT dev)
 endif()
 if(TARGET tavrin)
-  install(TARGETS tavrin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+  install(TARGETS tavrin RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/tavrinsdk-config.cmake.in

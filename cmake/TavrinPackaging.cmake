@@ -1,6 +1,7 @@
 # The Debian packages of `make package` (cpack -G DEB in the build directory):
-#   tavrinsdk      the shared library and the tavrin tool
+#   tavrinsdk      the shared library, nothing else
 #   tavrinsdk-dev  headers, static library, CMake package, pkg-config file
+#   tavrin-tools   the tavrin tool (collect, dataset, sandbox, inspect, profile)
 # Runtime dependencies are read from the binaries by dpkg-shlibdeps (dpkg-dev).
 set(TAVRIN_PACKAGE_MAINTAINER "tavrinsdk maintainers <tavrinsdk@localhost>" CACHE STRING
   "The Maintainer field of the Debian packages")
@@ -13,7 +14,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime dev)
+set(CPACK_COMPONENTS_ALL runtime dev tools)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${TAVRIN_PACKAGE_MAINTAINER}")
@@ -28,6 +29,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME tavrinsdk)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME tavrinsdk-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tavrin-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 # The static library, its CMake package and the pkg-config file's
 # Requires.private name these libraries' development files.
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
@@ -38,11 +41,16 @@ cpack_add_component(runtime
   DISPLAY_NAME "tavrinsdk"
   DESCRIPTION "the shape of a device's data, for a scoring service
 The shared library libtavrinsdk.so.${PROJECT_VERSION_MAJOR}, which collects the shape of
-what a device holds and sends it to a scoring service, and the tavrin
-command-line tool with the sandbox scoring service.")
+what a device holds and sends it to a scoring service.")
 cpack_add_component(dev
   DISPLAY_NAME "tavrinsdk development files"
   DESCRIPTION "development files of tavrinsdk
 The public C++17 headers, the static library, the CMake package
 (find_package(tavrinsdk CONFIG)) and the pkg-config file (tavrinsdk.pc)."
   DEPENDS runtime)
+cpack_add_component(tools
+  DISPLAY_NAME "tavrin tools"
+  DESCRIPTION "command-line tool and sandbox for tavrinsdk
+The tavrin tool: collect a record, print a dataset, generate device profiles,
+run the sandbox scoring service and inspect what it received. It carries its
+own copy of the library, so it needs no other package of tavrinsdk.")

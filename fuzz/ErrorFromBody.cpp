@@ -2,7 +2,7 @@
 // error or nothing, never a crash, and a recognised one must be one of the
 // kinds and messages the code words stand for.
 
-#include "service/errorFromBody.hpp"
+#include "net/errorFromBody.hpp"
 
 #include <cstddef>
 #include <cstdint>

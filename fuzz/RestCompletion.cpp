@@ -6,7 +6,7 @@
 // of RestService's own code.
 
 #include "net/RestService.hpp"
-#include "service/errorFromBody.hpp"
+#include "net/errorFromBody.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # CI: the Debian packages as a host application meets them. Builds them from
-# the build `make test` made, unpacks both into a scratch root, checks what they
-# hold and declare and what the installed library exports, builds
+# the build `make test` made, unpacks the three into a scratch root, checks what
+# they hold and declare and what the installed library exports, builds
 # examples/host against the unpacked files three ways (CMake with the shared
 # library, CMake with the static library, make with pkg-config), and runs each
 # build against the packaged `tavrin sandbox`.
@@ -29,30 +29,41 @@ version=$(sed -n 's/^project(tavrinsdk VERSION \([0-9.]*\).*/\1/p' CMakeLists.tx
 arch=$(dpkg --print-architecture)
 runtime_deb=$build/packages/tavrinsdk_${version}_${arch}.deb
 dev_deb=$build/packages/tavrinsdk-dev_${version}_${arch}.deb
-[[ -f $runtime_deb && -f $dev_deb ]] || fail "expected $runtime_deb and $dev_deb"
+tools_deb=$build/packages/tavrin-tools_${version}_${arch}.deb
+for deb in "$runtime_deb" "$dev_deb" "$tools_deb"; do [[ -f $deb ]] || fail "expected $deb"; done
 
 runtime_depends=$(dpkg-deb --field "$runtime_deb" Depends)
 dev_depends=$(dpkg-deb --field "$dev_deb" Depends)
+tools_depends=$(dpkg-deb --field "$tools_deb" Depends)
 echo "tavrinsdk depends: $runtime_depends"
 echo "tavrinsdk-dev depends: $dev_depends"
-# What dpkg-shlibdeps reads from the library and the tool.
-for package in libc6 libstdc++6 libcurl4 libicu zlib1g liblzma5 liblz4-1 libssl3 libsqlite3-0; do
+echo "tavrin-tools depends: $tools_depends"
+# What dpkg-shlibdeps reads from the library: its own dependencies, and none of
+# the devkit's (the sandbox's HTTP server and database).
+for package in libc6 libstdc++6 libcurl4 libicu zlib1g liblzma5 liblz4-1 libssl3; do
   [[ $runtime_depends == *"$package"* ]] || fail "tavrinsdk does not depend on $package"
+done
+for package in libsqlite3 libcpp-httplib; do
+  [[ $runtime_depends != *"$package"* ]] || fail "tavrinsdk depends on $package"
+  [[ $tools_depends == *"$package"* ]] || fail "tavrin-tools does not depend on $package"
 done
 [[ $dev_depends == *"tavrinsdk (= $version)"* ]] || fail "tavrinsdk-dev does not depend on tavrinsdk (= $version)"
 dpkg-deb --ctrl-tarfile "$runtime_deb" | tar -t | grep -qx './shlibs' || fail "tavrinsdk has no shlibs file"
 
-# Nothing but the library, the tool and the public interface is installed.
-unexpected=$(
-  { dpkg-deb --contents "$runtime_deb"; dpkg-deb --contents "$dev_deb"; } |
-    awk '{print $6}' | grep -v '/$' |
-    grep -Ev '^\./usr/(bin/tavrin|lib/libtavrinsdk\.(so(\.[0-9.]+)?|a)|include/tavrin/.+\.hpp|lib/cmake/tavrinsdk/tavrinsdk-[a-z-]+\.cmake|lib/pkgconfig/tavrinsdk\.pc|share/doc/.*)$' ||
-    true)
-[[ -z $unexpected ]] || fail "unexpected files in the packages:"$'\n'"$unexpected"
+# Each package holds what it is for: the runtime package the shared library
+# alone, the tools package the tool, the development package the interface.
+contents() { dpkg-deb --contents "$1" | awk '{print $6}' | grep -v '/$' | grep -v '^\./usr/share/doc/'; }
+check_contents() {  # package, the pattern every file of it must match
+  local unexpected
+  unexpected=$(contents "$1" | grep -Ev "^\./usr/($2)$" || true)
+  [[ -z $unexpected ]] || fail "unexpected files in $(basename "$1"):"$'\n'"$unexpected"
+}
+check_contents "$runtime_deb" 'lib/libtavrinsdk\.so\.[0-9.]+'
+check_contents "$tools_deb" 'bin/tavrin'
+check_contents "$dev_deb" 'lib/libtavrinsdk\.(so|a)|include/tavrin/.+\.hpp|lib/cmake/tavrinsdk/tavrinsdk-[a-z-]+\.cmake|lib/pkgconfig/tavrinsdk\.pc'
 
 root=$scratch/root
-dpkg -x "$runtime_deb" "$root"
-dpkg -x "$dev_deb" "$root"
+for deb in "$runtime_deb" "$dev_deb" "$tools_deb"; do dpkg -x "$deb" "$root"; done
 prefix=$root/usr
 library=$(readlink -f "$prefix/lib/libtavrinsdk.so")
 cmake -DLIBRARY="$library" -DHEADERS="$prefix/include" -DSONAME="libtavrinsdk.so.${version%%.*}" \

@@ -15,7 +15,9 @@ class ExtractorBase : public IDataExtractor {
   // space separators (Zs) are removed. Line breaks count as text.
   static bool hasText(std::string_view text);
   // False for an absent text; otherwise as above.
-  static bool hasText(const std::optional<std::string>& text) { return text && hasText(std::string_view(*text)); }
+  static bool hasText(const std::optional<std::string>& text) {
+    return text && hasText(std::string_view(*text));
+  }
 };
 
 }  // namespace tavrin

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "os/PageMemory.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -8,42 +10,41 @@
 
 namespace tavrin {
 
-// A growable byte buffer in its own anonymous memory mapping. Address space is
-// reserved generously up front, but a page costs memory only once written, so
-// a large reservation is free; the kernel is asked for huge pages, which cuts
-// the page faults of writing tens of megabytes. Growing remaps without copying.
+// A growable byte buffer in a block of pages of its own (os/PageMemory):
+// tens of megabytes of JSON are written into it without the copies and page
+// faults of a growing string.
 class MappedBuffer {
  public:
   MappedBuffer() = default;
   // Reserves at least `capacity` bytes. Throws std::bad_alloc when it cannot.
-  explicit MappedBuffer(std::size_t capacity);
+  explicit MappedBuffer(std::size_t capacity) : _block(os::reservePages(capacity)) {}
   MappedBuffer(MappedBuffer&& other) noexcept;
   MappedBuffer& operator=(MappedBuffer&& other) noexcept;
   MappedBuffer(const MappedBuffer&) = delete;
   MappedBuffer& operator=(const MappedBuffer&) = delete;
-  ~MappedBuffer();
+  ~MappedBuffer() { os::releasePages(_block); }
 
-  char* data() { return _data; }
-  const char* data() const { return _data; }
+  char* data() { return _block.data; }
+  const char* data() const { return _block.data; }
   std::size_t size() const { return _size; }
-  std::size_t capacity() const { return _capacity; }
+  std::size_t capacity() const { return _block.size; }
   bool empty() const { return _size == 0; }
 
-  // Makes room for at least `capacity` bytes, keeping the content.
+  // Makes room for at least `capacity` bytes, keeping the content. Grows at
+  // least twofold, so that appending stays linear.
   void reserve(std::size_t capacity);
   // Sets the size; `size` must not exceed the capacity.
   void setSize(std::size_t size) { _size = size; }
 
-  std::string_view view() const { return {_data, _size}; }
+  std::string_view view() const { return {_block.data, _size}; }
   std::span<const std::uint8_t> bytes() const {
-    return {reinterpret_cast<const std::uint8_t*>(_data), _size};
+    return {reinterpret_cast<const std::uint8_t*>(_block.data), _size};
   }
   std::string str() const { return std::string(view()); }
 
  private:
-  char* _data = nullptr;
+  os::PageBlock _block;
   std::size_t _size = 0;
-  std::size_t _capacity = 0;
 };
 
 }  // namespace tavrin

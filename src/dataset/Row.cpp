@@ -25,8 +25,7 @@ void Row::appendSigned(std::int64_t value) {
   // The fewest bytes whose sign extension gives the value back.
   unsigned size = 0;
   if (value != 0) {
-    const std::uint64_t magnitude =
-        static_cast<std::uint64_t>(value < 0 ? ~value : value);
+    const auto magnitude = static_cast<std::uint64_t>(value < 0 ? ~value : value);
     size = static_cast<unsigned>((std::bit_width(magnitude) + 8) / 8);
   }
   push(static_cast<std::uint8_t>(tape::signedInteger | size));
@@ -104,9 +103,7 @@ std::size_t RowView::size() const {
   return count;
 }
 
-std::vector<Value> RowView::values() const {
-  return {begin(), end()};
-}
+std::vector<Value> RowView::values() const { return {begin(), end()}; }
 
 bool operator==(const RowView& left, const RowView& right) {
   const auto a = left.bytes();

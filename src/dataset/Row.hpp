@@ -22,7 +22,6 @@ class RowView;
 using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double,
                            std::string_view, RowView>;
 
-
 // A read-only view of encoded values; iterating it decodes one value at a time.
 class RowView {
  public:
@@ -79,8 +78,7 @@ class Row {
     appendSigned(static_cast<std::int64_t>(value));
   }
   template <std::unsigned_integral T>
-    requires(!std::same_as<T, bool>)
-  void append(T value) {
+  requires(!std::same_as<T, bool>) void append(T value) {
     appendUnsigned(static_cast<std::uint64_t>(value));
   }
   // A 32-bit float is widened to 64 bits.

@@ -5,6 +5,7 @@
 #include "dataset/Element.hpp"
 #include "dataset/ExtractorBase.hpp"
 #include "dataset/Row.hpp"
+#include "extractors/AccessGate.hpp"
 
 #include <tavrin/platform/EventStore.hpp>
 
@@ -19,11 +20,7 @@ namespace tavrin {
 // the access-denied entry for `deniedText` in `element`.
 inline bool grantsCalendarAccess(platform::EventStore& store, std::int64_t entityType,
                                  std::string_view deniedText, Element& element) {
-  if (store.authorizationStatus(entityType) == platform::AuthorizationStatus::authorized) {
-    return true;
-  }
-  element.addAccessDenied(deniedText);
-  return false;
+  return grantsAccess(store.authorizationStatus(entityType), deniedText, element);
 }
 
 // The identifiers of every calendar of the entity type, in the store's order.

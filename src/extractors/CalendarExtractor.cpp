@@ -4,13 +4,8 @@
 
 namespace tavrin {
 
-const std::string& CalendarExtractor::dataSourceNameKey() const {
-  static const std::string name = "Calendars";
-  return name;
-}
-
 Element CalendarExtractor::extract() {
-  Element element(dataSourceNameKey());
+  Element element(_dataSourceNameKey);
   if (!grantsCalendarAccess(_platform.events(), platform::EntityType::event, accessDeniedText,
                             element)) {
     return element;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dataset/PlatformExtractor.hpp"
 #include "extractors/CalendarBase.hpp"
 
 #include <tavrin/platform/Platform.hpp>
@@ -10,20 +11,17 @@
 namespace tavrin {
 
 // The "Calendars" source: one 9-value row per calendar that can hold events.
-class CalendarExtractor : public CalendarBase {
+class CalendarExtractor : public PlatformExtractor<CalendarBase> {
  public:
-  explicit CalendarExtractor(platform::Platform& platform) : _platform(platform) {}
+  // The source names itself "Calendars".
+  explicit CalendarExtractor(platform::Platform& platform)
+      : PlatformExtractor("Calendars", platform) {}
 
-  // Always "Calendars"; the source names its element itself.
-  const std::string& dataSourceNameKey() const override;
   Element extract() override;
   std::vector<Row> collectCalendarRows(std::int64_t entityType) override;
 
   // The name in the access-denied entry, which differs from the element's name.
   static constexpr std::string_view accessDeniedText = "CalendarsEvent";
-
- private:
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin

@@ -1,5 +1,6 @@
 #include "extractors/ContactExtractor.hpp"
 
+#include "extractors/AccessGate.hpp"
 #include "extractors/ContactKeys.hpp"
 
 #include <tavrin/digest.hpp>
@@ -182,9 +183,8 @@ Element ContactExtractor::extract() {
   Element element(_dataSourceNameKey);
   try {
     platform::ContactStore& store = _platform.contacts();
-    if (store.authorizationStatus(CNEntityTypeContacts) !=
-        platform::AuthorizationStatus::authorized) {
-      element.addAccessDenied(_dataSourceNameKey);
+    if (!grantsAccess(store.authorizationStatus(platform::ContactEntityType::contacts),
+                      _dataSourceNameKey, element)) {
       return element;
     }
     platform::DeviceInfo& device = _platform.device();

@@ -1,6 +1,6 @@
 #include "extractors/ContactGroupExtractor.hpp"
 
-#include "extractors/ContactKeys.hpp"
+#include "extractors/AccessGate.hpp"
 
 #include <exception>
 #include <utility>
@@ -18,9 +18,8 @@ Element ContactGroupExtractor::extract() {
   Element element(_dataSourceNameKey);
   try {
     platform::ContactStore& store = _platform.contacts();
-    if (store.authorizationStatus(ContactKeys::CNEntityTypeContacts) !=
-        platform::AuthorizationStatus::authorized) {
-      element.addAccessDenied(_dataSourceNameKey);
+    if (!grantsAccess(store.authorizationStatus(platform::ContactEntityType::contacts),
+                      _dataSourceNameKey, element)) {
       return element;
     }
     // The groups arrive as one list, so a refused query leaves no partial rows.

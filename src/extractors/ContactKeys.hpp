@@ -61,7 +61,4 @@ inline constexpr std::string_view CNSocialProfileUsernameKey = "username";
 inline constexpr std::string_view CNGroupIdentifierKey = "identifier";
 inline constexpr std::string_view CNGroupNameKey = "name";
 
-// The entity type whose authorization governs the address book.
-inline constexpr std::int64_t CNEntityTypeContacts = 0;
-
 }  // namespace tavrin::ContactKeys

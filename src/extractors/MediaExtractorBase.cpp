@@ -1,5 +1,7 @@
 #include "extractors/MediaExtractorBase.hpp"
 
+#include "extractors/AccessGate.hpp"
+
 #include <utility>
 
 namespace tavrin {
@@ -7,7 +9,7 @@ namespace tavrin {
 MediaExtractorBase::MediaExtractorBase(std::string name,
                                        std::shared_ptr<const LocationUtil> rotation,
                                        platform::Platform& platform)
-    : _dataSourceNameKey(std::move(name)), locationUtil(std::move(rotation)), _platform(platform) {}
+    : PlatformExtractor(std::move(name), platform), locationUtil(std::move(rotation)) {}
 
 void MediaExtractorBase::appendAssetRow(const platform::Asset& asset, const LocationUtil& rotation,
                                         Element& rows) {
@@ -42,9 +44,7 @@ void MediaExtractorBase::appendRotatedLocation(const std::optional<platform::Coo
 }
 
 bool MediaExtractorBase::isAuthorized(Element& element) const {
-  if (photos().authorizationStatus() == authorizedStatus) return true;
-  element.addAccessDenied(_dataSourceNameKey);
-  return false;
+  return grantsAccess(photos().authorizationStatus(), _dataSourceNameKey, element);
 }
 
 Element MediaExtractorBase::extractAssets(std::initializer_list<std::int64_t> mediaTypes) const {

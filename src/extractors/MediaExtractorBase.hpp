@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dataset/IDataExtractor.hpp"
+#include "dataset/PlatformExtractor.hpp"
 #include "extractors/LocationUtil.hpp"
 
 #include <tavrin/platform/Platform.hpp>
@@ -15,16 +15,10 @@ namespace tavrin {
 
 // What the photo-library sources share: their name, the one coordinate
 // rotation of the manager, the authorization gate and the asset row.
-class MediaExtractorBase : public IDataExtractor {
+class MediaExtractorBase : public PlatformExtractor<IDataExtractor> {
  public:
-  // The photo-library status that counts as granted; every other value,
-  // a limited grant included, is refused.
-  static constexpr std::int64_t authorizedStatus = 3;
-
   MediaExtractorBase(std::string name, std::shared_ptr<const LocationUtil> rotation,
                      platform::Platform& platform);
-
-  const std::string& dataSourceNameKey() const override { return _dataSourceNameKey; }
 
   // Builds the 13-value row of one asset, its position turned by
   // `rotation`, and appends it to `rows`, the caller's list. The list is
@@ -38,8 +32,8 @@ class MediaExtractorBase : public IDataExtractor {
   static void appendRotatedLocation(const std::optional<platform::Coordinate>& location,
                                     const LocationUtil& rotation, Row& row);
 
-  // True when the photo library is open to us; otherwise records the refusal
-  // in `element` under this source's name.
+  // True when the photo library is open to us (a limited grant is not);
+  // otherwise records the refusal in `element` under this source's name.
   bool isAuthorized(Element& element) const;
 
   // The rows of every asset of the given media types, one type after the
@@ -48,11 +42,7 @@ class MediaExtractorBase : public IDataExtractor {
 
   platform::PhotoLibrary& photos() const { return _platform.photos(); }
 
-  const std::string _dataSourceNameKey;
   const std::shared_ptr<const LocationUtil> locationUtil;
-
- private:
-  platform::Platform& _platform;
 };
 
 }  // namespace tavrin

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "dataset/ExtractorBase.hpp"
-#include "dataset/PermissionHeplper.hpp"
 #include "dataset/PlatformExtractor.hpp"
 
 #include <tavrin/platform/Platform.hpp>
+
+#include <vector>
 
 namespace tavrin {
 
@@ -14,11 +15,11 @@ class PermissionExtractor : public PlatformExtractor<ExtractorBase> {
  public:
   using PlatformExtractor::PlatformExtractor;
 
-  Element extract() override {
-    Element element(_dataSourceNameKey);
-    for (const Row& row : PermissionHeplper::getPermissionStatuses(_platform)) element.append(row);
-    return element;
-  }
+  Element extract() override;
+
+  // The four rows [usage-description key, 1 when granted else 0], in fixed
+  // order: calendars, reminders, contacts, photo library. Asks the user nothing.
+  static std::vector<Row> permissionRows(platform::Platform& platform);
 };
 
 }  // namespace tavrin

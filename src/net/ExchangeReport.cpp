@@ -1,6 +1,6 @@
 #include "net/ExchangeReport.hpp"
 
-#include "service/notifyObserver.hpp"
+#include "collection/notifyObserver.hpp"
 
 namespace tavrin {
 

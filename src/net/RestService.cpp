@@ -1,8 +1,8 @@
 #include "net/RestService.hpp"
 
+#include "collection/StatusResource.hpp"
 #include "net/RequestUrl.hpp"
-#include "service/StatusResource.hpp"
-#include "service/errorFromBody.hpp"
+#include "net/errorFromBody.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -61,7 +61,7 @@ std::string uploadBody(const std::string& data, const std::string& recordNumber)
 RestService::RestService(std::string url, std::unique_ptr<HttpTransport> transport)
     : _url(std::move(url)), _transport(std::move(transport)) {}
 
-void RestService::login(const std::string& authKey) {
+void RestService::login(std::string authKey) {
   ExchangeReport report(_observer, "login");
   const Json answer =
       exchange(makeRequest(loginPath, true, serialize(Json{{"authKey", authKey}})), report);
@@ -78,7 +78,7 @@ void RestService::login(const std::string& authKey) {
   }
   _tokenType = tokenType->get<std::string>();
   _accessToken = accessToken->get<std::string>();
-  _authKey = authKey;
+  _authKey = std::move(authKey);
   report.succeeded();
 }
 

@@ -29,7 +29,7 @@ class RestService {
 
   // Trades the key for a token pair. On success the pair and the key are kept;
   // on failure the previous ones stay.
-  void login(const std::string& authKey);
+  void login(std::string authKey);
   // Whether the server has not seen the record number yet. Needs a login.
   bool checkUniqueness(const std::string& recordNumber);
   // Uploads the base64 text of a compressed dataset; returns the server's answer.

@@ -8,8 +8,8 @@ TavrinService::TavrinService(std::string url, std::string authKey)
     : TavrinService(std::move(url), std::move(authKey), ServiceOptions{}) {}
 
 TavrinService::TavrinService(std::string url, std::string authKey, ServiceOptions options)
-    : _tavrinService(
-          std::make_unique<TavrinServiceCore>(std::move(url), authKey, std::move(options))) {}
+    : _tavrinService(std::make_unique<TavrinServiceCore>(std::move(url), std::move(authKey),
+                                                         std::move(options))) {}
 
 TavrinService::~TavrinService() = default;
 

@@ -1,13 +1,10 @@
 #include "service/TavrinServiceCore.hpp"
 
-#include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
+#include "collection/DatasetPipeline.hpp"
+#include "collection/PermissionHeplper.hpp"
+#include "collection/StatusResource.hpp"
 #include "net/CurlTransport.hpp"
 #include "service/ServiceUrl.hpp"
-#include "service/StatusResource.hpp"
-#include "service/releaseFreedHeap.hpp"
-
-#include <tavrin/codec.hpp>
 
 namespace tavrin {
 namespace {
@@ -18,8 +15,7 @@ std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Pl
 
 }  // namespace
 
-TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey,
-                                     ServiceOptions options)
+TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options)
     : _platform(platformOrLinux(std::move(options.platform))),
       _observer(options.observer),
       dataExtractorManager(_platform) {
@@ -31,7 +27,7 @@ TavrinServiceCore::TavrinServiceCore(std::string url, const std::string& authKey
   _url = std::move(url);
   _restService = std::make_unique<RestService>(_url, std::make_unique<CurlTransport>(options));
   _restService->setObserver(_observer.get());
-  _restService->login(authKey);
+  _restService->login(std::move(authKey));
 }
 
 std::string TavrinServiceCore::collectData(const std::string& recordNumber,
@@ -49,19 +45,9 @@ std::string TavrinServiceCore::collectData(const std::string& recordNumber,
 }
 
 std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) {
-  const MappedBuffer json = [&] {
-    const DatasetDocument document = dataExtractorManager.extractData();
-    releaseFreedHeap();
-    return writeJson(document);
-  }();
+  const MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
   if (onDataset) onDataset(json.view());
-
-  const auto compressed = compress(json.bytes(), CompressionAlgorithm::zlib);
-  if (!compressed) {
-    throw TavrinError(ErrorType::processingFailed,
-                      std::string(StatusResource::compressFailedMessage));
-  }
-  return base64Encode(*compressed);
+  return DatasetPipeline::uploadPayload(json.bytes());
 }
 
 }  // namespace tavrin

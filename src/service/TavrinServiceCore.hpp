@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
 #include "net/RestService.hpp"
 
 #include <tavrin/options.hpp>
@@ -23,7 +23,7 @@ class TavrinServiceCore {
   // Builds the manager, checks the URL, creates the client and logs in, in that
   // order. Throws TavrinError: invalidInput "Url is incorrect" before any
   // traffic, or the login's error.
-  TavrinServiceCore(std::string url, const std::string& authKey, ServiceOptions options);
+  TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options);
 
   // One collection run; returns the server's answer to the upload. Throws
   // TavrinError, or JsonWriteError when the dataset cannot be written as JSON.
@@ -31,7 +31,8 @@ class TavrinServiceCore {
   std::string collectData(const std::string& recordNumber, const DatasetObserver& onDataset = {});
 
  private:
-  // Steps 3 to 6 of a run: the dataset as base64 of its raw-DEFLATE JSON.
+  // What a run uploads, made between the uniqueness check and the upload: the
+  // sources' dataset as JSON, handed to `onDataset`, then its payload.
   std::string encodedDataset(const DatasetObserver& onDataset);
 
   std::shared_ptr<platform::Platform> _platform;

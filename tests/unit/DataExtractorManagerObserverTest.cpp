@@ -1,4 +1,4 @@
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
 
 #include <gtest/gtest.h>
 

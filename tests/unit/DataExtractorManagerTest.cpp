@@ -1,6 +1,6 @@
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
+#include "collection/PermissionHeplper.hpp"
 #include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 
 #include <gtest/gtest.h>

@@ -5,9 +5,9 @@
 
 #include "generator/DeviceProfileWriter.hpp"
 
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
+#include "collection/PermissionHeplper.hpp"
 #include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
 #include "platform/profile/DeviceProfileReader.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 

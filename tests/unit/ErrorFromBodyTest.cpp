@@ -1,4 +1,4 @@
-#include "service/errorFromBody.hpp"
+#include "net/errorFromBody.hpp"
 
 #include <gtest/gtest.h>
 
@@ -40,8 +40,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "subscription_suspended. "},
         Recognised{R"({"detail":"  a \"quoted\" text ","title":"subscription_suspended"})",
                    ErrorType::accessDenied, "subscription_suspended.   a \"quoted\" text "},
-        Recognised{R"({"title":"auth_key_invalid","detail":"ignored"})",
-                   ErrorType::invalidInput, "invalid_grant_key. Authentication key is invalid"},
+        Recognised{R"({"title":"auth_key_invalid","detail":"ignored"})", ErrorType::invalidInput,
+                   "invalid_grant_key. Authentication key is invalid"},
         Recognised{R"({"title":"request_not_found","detail":"x"})", ErrorType::invalidInput,
                    "request_not_found"},
         Recognised{R"({"title":"record_number_invalid"})", ErrorType::invalidInput,
@@ -63,9 +63,8 @@ TEST_P(UnrecognisedBody, IsNotTranslated) { EXPECT_FALSE(translate(GetParam()).h
 INSTANTIATE_TEST_SUITE_P(
     NotDocuments, UnrecognisedBody,
     testing::Values(R"({"title":"Action_Forbidden"})", R"({"title":"CODEINVALID"})",
-                    R"({"title":"auth_key_invalid "})", R"({"title":42})",
-                    R"({"title":null})", R"({"title":["action_forbidden"]})",
-                    R"({"detail":"no title"})", "{}", "[]",
+                    R"({"title":"auth_key_invalid "})", R"({"title":42})", R"({"title":null})",
+                    R"({"title":["action_forbidden"]})", R"({"detail":"no title"})", "{}", "[]",
                     R"([{"title":"action_forbidden"}])", R"("action_forbidden")", "true", "",
                     "not json", R"({"title":"action_forbidden")",
                     "{\"title\":\"action_forbidden\",\"detail\":\"\xff\"}",

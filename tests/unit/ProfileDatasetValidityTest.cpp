@@ -2,9 +2,9 @@
 // written by the real JSON writer, must be a dataset the sandbox accepts: the
 // sandbox's row tables and the sources agree on every section and position.
 #include "DatasetValidator.hpp"
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
+#include "collection/PermissionHeplper.hpp"
 #include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -5,7 +5,7 @@
 #include "generator/DeviceProfileWriter.hpp"
 #include "generator/ProfileGenerator.hpp"
 
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
 #include "dataset/JsonWriter.hpp"
 #include "platform/profile/DeviceProfileReader.hpp"
 #include "platform/profile/ProfilePlatform.hpp"

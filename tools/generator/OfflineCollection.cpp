@@ -1,14 +1,9 @@
 #include "OfflineCollection.hpp"
 #include "ProfileGenerator.hpp"
 
-#include "dataset/DataExtractorManager.hpp"
-#include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
+#include "collection/DatasetPipeline.hpp"
+#include "collection/PermissionHeplper.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
-
-#include <tavrin/codec.hpp>
-
-#include <stdexcept>
 
 namespace tavrin::tool {
 
@@ -16,10 +11,8 @@ OfflineDataset collectOffline(const platform::DeviceProfile& profile) {
   auto phone = std::make_shared<platform::ProfilePlatform>(profile);
   DataExtractorManager manager(phone);
   PermissionHeplper::requestPermissions(*phone);
-  const MappedBuffer json = writeJson(manager.extractData());
-  const auto compressed = compress(json.bytes(), CompressionAlgorithm::zlib);
-  if (!compressed) throw std::runtime_error("the dataset cannot be compressed");
-  return {json.str(), base64Encode(*compressed)};
+  const MappedBuffer json = DatasetPipeline::datasetJson(manager);
+  return {json.str(), DatasetPipeline::uploadPayload(json.bytes())};
 }
 
 OfflineDatasets collectTypicalPhones(std::size_t count) {

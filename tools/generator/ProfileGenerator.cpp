@@ -493,7 +493,9 @@ void ProfileGenerator::events(DeviceProfile& profile) {
       start = dayStart;
       length = static_cast<double>(1 + (random.chance(0.1) ? random.below(3) : 0)) * day - 1;
     } else {
-      start = dayStart + static_cast<double>(random.between(7 * 4, 20 * 4)) * 15 * minute;
+      start = dayStart +
+              static_cast<double>(random.between(std::int64_t{7} * 4, std::int64_t{20} * 4)) * 15 *
+                  minute;
       length = pick(random, durations);
     }
 
@@ -786,7 +788,7 @@ void ProfileGenerator::captureDevices(DeviceProfile& profile) {
     const bool camera = t.width > 0;
     if (camera) {
       d.mediaTypes = {"vide"};
-      if (t.depth) d.mediaTypes.push_back("dpth");
+      if (t.depth) d.mediaTypes.emplace_back("dpth");
       d.maxAvailableVideoZoomFactor = t.maxZoom;
       d.isFlashAvailable = d.hasFlash = d.hasTorch = d.isTorchAvailable = t.flash;
       d.isFlashActive = t.flash && random.chance(0.05);

@@ -1,6 +1,6 @@
 #include "SandboxServer.hpp"
 
-#include "service/StatusResource.hpp"
+#include "collection/StatusResource.hpp"
 
 #include <httplib.h>
 #include <openssl/rand.h>
@@ -123,7 +123,7 @@ SandboxServer::SandboxServer(SandboxOptions options)
                                         httplib::Response& response, std::exception_ptr failure) {
     std::string what = "unknown failure";
     try {
-      std::rethrow_exception(failure);
+      std::rethrow_exception(std::move(failure));
     } catch (const std::exception& error) {
       what = error.what();
     } catch (...) {

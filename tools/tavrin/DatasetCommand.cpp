@@ -1,8 +1,7 @@
 #include "Commands.hpp"
 
-#include "dataset/DataExtractorManager.hpp"
-#include "dataset/JsonWriter.hpp"
-#include "dataset/PermissionHeplper.hpp"
+#include "collection/DatasetPipeline.hpp"
+#include "collection/PermissionHeplper.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -28,7 +27,7 @@ Command addDatasetCommand(CLI::App& app) {
               const std::shared_ptr<platform::Platform> device = choosePlatform(options->profile);
               DataExtractorManager manager(device);
               PermissionHeplper::requestPermissions(*device);
-              const MappedBuffer json = writeJson(manager.extractData());
+              const MappedBuffer json = DatasetPipeline::datasetJson(manager);
               if (options->pretty) {
                 std::cout << nlohmann::json::parse(json.view()).dump(2) << '\n';
               } else {

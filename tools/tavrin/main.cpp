@@ -1,8 +1,12 @@
 #include "Commands.hpp"
 
+#include <exception>
+#include <iostream>
 #include <vector>
 
-int main(int argc, char** argv) {
+namespace {
+
+int runTool(int argc, char** argv) {
   CLI::App app{"tavrin: the tavrinsdk command-line tool"};
   app.require_subcommand(1);
 
@@ -22,4 +26,19 @@ int main(int argc, char** argv) {
     if (command.options->parsed()) return command.run();
   }
   return tavrin::tool::ExitCode::usage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A command reports its own failures; anything that still escapes one ends
+  // the tool with a message rather than an abort.
+  try {
+    return runTool(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "error: " << error.what() << '\n';
+  } catch (...) {
+    std::cerr << "error: an unknown failure\n";
+  }
+  return tavrin::tool::ExitCode::otherFailure;
 }

@@ -23,9 +23,6 @@ int runReportingFailure(const std::function<int()>& step) {
   } catch (const std::exception& error) {
     std::cerr << "error: " << error.what() << '\n';
     return ExitCode::otherFailure;
-  } catch (...) {
-    std::cerr << "error: an unknown failure\n";
-    return ExitCode::otherFailure;
   }
 }
 

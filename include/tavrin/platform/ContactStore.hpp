@@ -11,6 +11,11 @@
 
 namespace tavrin::platform {
 
+/// The entity type whose authorization governs the address book.
+namespace ContactEntityType {
+constexpr std::int64_t contacts = 0;  ///< Contacts and their groups.
+}  // namespace ContactEntityType
+
 /// One entry of a multi-valued contact property.
 template <typename Value>
 struct LabeledValue {
@@ -78,7 +83,7 @@ class ContactStore {
  public:
   virtual ~ContactStore() = default;
 
-  /// The raw authorization status for an entity type (0: contacts).
+  /// The raw authorization status for an entity type (ContactEntityType).
   virtual std::int64_t authorizationStatus(std::int64_t entityType) = 0;
   /// Asks the user for access; `handler` runs once, possibly on another thread.
   virtual void requestAccess(std::int64_t entityType, AccessHandler handler) = 0;

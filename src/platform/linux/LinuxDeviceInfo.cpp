@@ -49,7 +49,7 @@ std::string homeDirectory() {
   if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
   passwd entry{};
   passwd* found = nullptr;
-  std::vector<char> buffer(16 * 1024);
+  std::vector<char> buffer(std::size_t{16} * 1024);
   if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
       found->pw_dir != nullptr) {
     return found->pw_dir;
@@ -65,7 +65,7 @@ std::optional<std::int64_t> bytes(std::uint64_t blocks, std::uint64_t blockSize)
 
 }  // namespace
 
-LinuxDeviceInfo::LinuxDeviceInfo(std::string applicationIdentifier, LinuxSystemFiles files)
+LinuxDeviceInfo::LinuxDeviceInfo(std::string applicationIdentifier, const LinuxSystemFiles& files)
     : _model(readModel(files.model)) {
   std::optional<OsRelease> release;
   for (const auto& path : files.osRelease) {

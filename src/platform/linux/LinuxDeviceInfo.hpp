@@ -37,7 +37,7 @@ struct LinuxSystemFiles {
 class LinuxDeviceInfo final : public DeviceInfo {
  public:
   // `applicationIdentifier` names the host application; empty: the executable's name.
-  explicit LinuxDeviceInfo(std::string applicationIdentifier, LinuxSystemFiles files = {});
+  explicit LinuxDeviceInfo(std::string applicationIdentifier, const LinuxSystemFiles& files = {});
 
   std::string model() override { return _model; }
   std::string localizedModel() override { return _model; }

@@ -4,17 +4,13 @@
 
 namespace tavrin::platform {
 
-namespace {
-constexpr std::int64_t contactsEntity = 0;
-}
-
 std::int64_t ProfileContactStore::authorizationStatus(std::int64_t entityType) {
-  if (entityType != contactsEntity) return AuthorizationStatus::restricted;
+  if (entityType != ContactEntityType::contacts) return AuthorizationStatus::restricted;
   return _permissions.status(Permission::contacts);
 }
 
 void ProfileContactStore::requestAccess(std::int64_t entityType, AccessHandler handler) {
-  if (entityType != contactsEntity) {
+  if (entityType != ContactEntityType::contacts) {
     _permissions.refuseEntityType(entityType, std::move(handler));
   } else {
     _permissions.requestAccess(Permission::contacts, std::move(handler));

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace tavrin {
+namespace tavrin::os {
 
 // Hands heap memory that is free but still resident back to the system. The
 // sources build their sections in buffers that grow by doubling; once the
@@ -9,4 +9,4 @@ namespace tavrin {
 // stages. A no-op where the C library offers no way to do it.
 void releaseFreedHeap();
 
-}  // namespace tavrin
+}  // namespace tavrin::os

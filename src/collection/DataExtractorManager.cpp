@@ -1,5 +1,6 @@
-#include "dataset/DataExtractorManager.hpp"
+#include "collection/DataExtractorManager.hpp"
 
+#include "collection/notifyObserver.hpp"
 #include "dataset/DeviceIdentity.hpp"
 #include "extractors/ApplicationInfo.hpp"
 #include "extractors/CalendarEventExtractor.hpp"
@@ -16,7 +17,6 @@
 #include "extractors/PermissionExtractor.hpp"
 #include "extractors/UnknownFileExtractor.hpp"
 #include "extractors/VideoExtractor.hpp"
-#include "service/notifyObserver.hpp"
 
 #include <chrono>
 
@@ -53,10 +53,12 @@ DataExtractorManager::DataExtractorManager(std::shared_ptr<platform::Platform> p
       std::vector<std::string>{std::string(ContactKeys::CNGroupIdentifierKey),
                                std::string(ContactKeys::CNGroupNameKey)},
       device));
-  _extractors.push_back(std::make_unique<MediaAlbumExtractor>("MediaAlbums", _locationUtil, device));
+  _extractors.push_back(
+      std::make_unique<MediaAlbumExtractor>("MediaAlbums", _locationUtil, device));
   _extractors.push_back(std::make_unique<VideoExtractor>("Video", _locationUtil, device));
   _extractors.push_back(std::make_unique<ImageExtractor>("Images", _locationUtil, device));
-  _extractors.push_back(std::make_unique<UnknownFileExtractor>("UnknownFiles", _locationUtil, device));
+  _extractors.push_back(
+      std::make_unique<UnknownFileExtractor>("UnknownFiles", _locationUtil, device));
   _extractors.push_back(std::make_unique<CalendarExtractor>(device));
   _extractors.push_back(std::make_unique<CalendarEventExtractor>("CalendarEvents", device));
   _extractors.push_back(std::make_unique<CalendarReminderExtractor>("CalendarReminders", device));

@@ -1,6 +1,6 @@
-#include "service/errorFromBody.hpp"
+#include "net/errorFromBody.hpp"
 
-#include "service/StatusResource.hpp"
+#include "collection/StatusResource.hpp"
 
 #include <nlohmann/json.hpp>
 

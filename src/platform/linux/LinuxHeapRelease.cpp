@@ -1,4 +1,4 @@
-#include "service/releaseFreedHeap.hpp"
+#include "os/releaseFreedHeap.hpp"
 
 #include <cstdlib>  // defines __GLIBC__ where the C library is glibc
 
@@ -6,7 +6,7 @@
 #include <malloc.h>
 #endif
 
-namespace tavrin {
+namespace tavrin::os {
 
 void releaseFreedHeap() {
 #if defined(__GLIBC__)
@@ -14,4 +14,4 @@ void releaseFreedHeap() {
 #endif
 }
 
-}  // namespace tavrin
+}  // namespace tavrin::os
