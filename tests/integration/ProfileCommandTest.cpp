@@ -30,8 +30,8 @@ TEST(ProfileCommand, WritesTheSamePhoneToAFileAndToStandardOutput) {
   const auto text = testing_support::readFile(directory / "phone.json");
   EXPECT_EQ(text, toStdout.output);
   const auto profile = platform::readDeviceProfile(text, "phone.json");
-  EXPECT_EQ(profile.contacts.list.size(), 25U);  // the option replaces the preset's size
-  EXPECT_EQ(profile.photos.assets.size(), 250U); // the preset's size stays
+  EXPECT_EQ(profile.contacts.list.size(), 25U);   // the option replaces the preset's size
+  EXPECT_EQ(profile.photos.assets.size(), 250U);  // the preset's size stays
 }
 
 TEST(ProfileCommand, FailsWithItsExitCodes) {

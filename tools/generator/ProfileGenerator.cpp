@@ -692,7 +692,7 @@ void ProfileGenerator::collections(DeviceProfile& profile) {
     count = std::min(count, assetCount);
     const auto first = static_cast<std::size_t>(random.below(assetCount));
     for (std::size_t k = 0; k < count; ++k) {
-      ids.push_back(profile.photos.assets[(first + k) % assetCount].localIdentifier);
+      ids.append(profile.photos.assets[(first + k) % assetCount].localIdentifier);
     }
     return ids;
   };
@@ -726,7 +726,7 @@ void ProfileGenerator::collections(DeviceProfile& profile) {
       const auto first = moment * assetCount / moments, last = (moment + 1) * assetCount / moments;
       ++moment;
       for (auto k = first; k < last; ++k) {
-        p.assetIdentifiers.push_back(profile.photos.assets[k].localIdentifier);
+        p.assetIdentifiers.append(profile.photos.assets[k].localIdentifier);
       }
       c.startDate = withFraction(random, generatedClockStart - random.unit() * 8 * year);
       c.endDate = *c.startDate + random.unit() * 3 * day;

@@ -81,7 +81,7 @@ struct ProfileReminder {
 // their own would take twice the room.
 class IdentifierList {
  public:
-  void push_back(std::string_view identifier) {
+  void append(std::string_view identifier) {
     _text += identifier;
     // A profile is far smaller than 4 GiB, so every end fits.
     _ends.push_back(static_cast<std::uint32_t>(_text.size()));
@@ -91,7 +91,7 @@ class IdentifierList {
     const std::uint32_t begin = i == 0 ? 0 : _ends[i - 1];
     return std::string_view(_text).substr(begin, _ends[i] - begin);
   }
-  void shrink_to_fit() {
+  void shrinkToFit() {
     _text.shrink_to_fit();
     _ends.shrink_to_fit();
   }

@@ -71,7 +71,7 @@ constexpr ValueRules listedIdentifier{
     [](ProfileJsonReader& reader, void* field, JsonScalar& value, bool) {
       const std::string* const text = textOf(value);
       if (!text) reader.expected("a string", false);
-      static_cast<IdentifierList*>(field)->push_back(*text);
+      static_cast<IdentifierList*>(field)->append(*text);
     },
     [](ProfileJsonReader& reader, void*, bool) { reader.expected("a string", false); },
     [](ProfileJsonReader& reader, void*, bool) { reader.expected("a string", false); }};
@@ -81,7 +81,7 @@ constexpr ContainerRules listedIdentifiers{
       return Slot{frame.target, &listedIdentifier};
     },
     [](ProfileJsonReader&, Frame& frame) {
-      static_cast<IdentifierList*>(frame.target)->shrink_to_fit();
+      static_cast<IdentifierList*>(frame.target)->shrinkToFit();
     }};
 
 }  // namespace

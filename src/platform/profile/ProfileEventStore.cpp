@@ -23,12 +23,12 @@ bool contains(const std::vector<std::string>& identifiers, const std::string& id
 
 ProfileEventStore::ProfileEventStore(ProfileCalendars calendars, std::vector<ProfileEvent> events,
                                      std::optional<std::vector<ProfileReminder>> reminders,
-                                     const std::string& deviceTimeZone,
-                                     PermissionState& permissions, CompletionThreads& threads)
+                                     std::string deviceTimeZone, PermissionState& permissions,
+                                     CompletionThreads& threads)
     : _calendars(std::move(calendars)),
       _events(std::move(events)),
       _reminders(std::move(reminders)),
-      _deviceTimeZone(deviceTimeZone),
+      _deviceTimeZone(std::move(deviceTimeZone)),
       _permissions(permissions),
       _threads(threads) {
   for (const auto& event : _events) {

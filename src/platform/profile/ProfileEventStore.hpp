@@ -20,7 +20,7 @@ class ProfileEventStore final : public EventStore {
 
   ProfileEventStore(ProfileCalendars calendars, std::vector<ProfileEvent> events,
                     std::optional<std::vector<ProfileReminder>> reminders,
-                    const std::string& deviceTimeZone, PermissionState& permissions,
+                    std::string deviceTimeZone, PermissionState& permissions,
                     CompletionThreads& threads);
 
   // Entity type 0 is calendar events, 1 reminders; any other is restricted (1).

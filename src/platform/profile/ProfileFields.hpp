@@ -18,7 +18,7 @@ namespace tavrin::platform {
 
 // A member's name and how it is treated beyond its value's type.
 struct Member {
-  // NOLINTNEXTLINE(google-explicit-constructor): most members are just a name
+  // Implicit: most members are just a name.
   constexpr Member(const char* memberName) : name(memberName) {}
   constexpr Member(std::string_view memberName, bool isRequired, bool isAlways)
       : name(memberName), required(isRequired), always(isAlways) {}

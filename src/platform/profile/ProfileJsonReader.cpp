@@ -75,6 +75,8 @@ class Events {
  public:
   explicit Events(ProfileJsonReader& reader) : _reader(reader) {}
 
+  // The names the parser calls.
+  // NOLINTBEGIN(readability-identifier-naming)
   bool null() { return deliver(nullptr); }
   bool boolean(bool value) { return deliver(value); }
   bool number_integer(std::int64_t value) { return deliver(value); }
@@ -107,6 +109,7 @@ class Events {
     // 406: a number beyond a double's range; the value is known, not where it goes.
     _reader.syntaxError(byte, error.what(), error.id == 406);
   }
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   bool deliver(JsonScalar scalar) {

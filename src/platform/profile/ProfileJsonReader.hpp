@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_set>
 #include <utility>
 #include <variant>
@@ -147,13 +148,13 @@ void checkProfileObject(const RandomSetting& random, ProfileJsonReader& reader);
 
 // The field a member of type T (a codec or the field itself) is stored in.
 template <typename T>
-struct FieldOfMember {
-  using type = T;
-};
-template <ProfileCodec T>
-struct FieldOfMember<T> {
-  using type = std::remove_reference_t<decltype(std::declval<T>().value)>;
-};
+auto fieldOfMember() {
+  if constexpr (ProfileCodec<T>) {
+    return std::type_identity<std::remove_reference_t<decltype(std::declval<T>().value)>>();
+  } else {
+    return std::type_identity<T>();
+  }
+}
 
 // Rules<T>: `expected` names what T takes; `scalar`, `object` and `array`,
 // where T takes them, read into the field. The specializations follow.
@@ -162,7 +163,7 @@ struct Rules;
 
 template <typename T>
 const ValueRules& rulesOf() {
-  using Field = typename FieldOfMember<T>::type;
+  using Field = typename decltype(fieldOfMember<T>())::type;
   static constexpr ValueRules rules{
       [](ProfileJsonReader& reader, void* field, JsonScalar& value, bool orNull) {
         if constexpr (requires(Field & f) { Rules<T>::scalar(reader, f, value, orNull); }) {
