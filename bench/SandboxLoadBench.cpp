@@ -38,6 +38,7 @@ struct Configuration {
 
 void BM_SandboxLoad(benchmark::State& state) {
   const auto [payloads, jsons] = tool::collectTypicalPhones(4);
+  const std::size_t serverThreads = sandbox::SandboxLimits{}.threads;
   const auto directory =
       std::filesystem::temp_directory_path() / ("tavrin-load-bench-" + std::to_string(getpid()));
 
@@ -54,15 +55,13 @@ void BM_SandboxLoad(benchmark::State& state) {
       std::filesystem::create_directories(directory);
       sandbox::SandboxOptions options;
       options.database = (directory / "load.db").string();
-      // A kept-alive connection holds a serving thread while it is open.
-      options.threads = load.clients;
       options.tcpNoDelay = configuration.tcpNoDelay;
       load.connections = configuration.connections;
       sandbox::SandboxServer server(std::move(options));
       server.start();
       configuration.result = sandbox::runSandboxLoad(server, "sandbox-key", payloads, load);
       server.stop();
-      configuration.verdict = sandbox::verifyLoad(configuration.result, server.store(), jsons);
+      configuration.verdict = sandbox::verifyLoad(configuration.result, server.store(), payloads);
       configuration.handshakes = server.handshakes();
       std::filesystem::remove_all(directory);
     }
@@ -72,9 +71,10 @@ void BM_SandboxLoad(benchmark::State& state) {
   std::ostringstream out;
   out << std::fixed << std::setprecision(1) << bench::PerformanceReport::machine() << "\n"
       << load.clients << " clients, each its own RestService over CurlTransport, checked and "
-      << "uploaded for " << load.duration.count() / 1000 << " s against one sandbox serving "
-      << load.clients << " connections at once and storing into SQLite on disk; three times, "
-      << "one after the other. Each client cycles through the payloads of four typical phones ("
+      << "uploaded for " << load.duration.count() / 1000 << " s against one sandbox (a thread per "
+      << "connection, " << serverThreads << " requests processed at once) storing into SQLite on "
+      << "disk; three times, one after the other. Each client cycles through the payloads of four "
+         "typical phones ("
       << static_cast<double>(payloads[0].size()) / mb << " MB of base64, "
       << static_cast<double>(jsons[0].size()) / mb << " MB of JSON each); every "
       << load.repeatEvery << "th request repeats a record number and every " << load.corruptEvery

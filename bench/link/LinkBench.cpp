@@ -71,7 +71,7 @@ sandbox::SandboxServer& sandboxServer() {
     sandbox::SandboxOptions options;
     options.hostName = hostName;
     options.database = (directory / "link.db").string();
-    options.maxBodySize = std::size_t{256} << 20;
+    options.limits.maxUploadBody = std::size_t{256} << 20;
     static sandbox::SandboxServer started(std::move(options));
     started.start();
     return started;

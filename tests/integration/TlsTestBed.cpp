@@ -13,7 +13,7 @@
 namespace tavrin::testing_support {
 
 TlsTestBed::TlsTestBed(std::size_t requestsPerConnection)
-    : tls(sandbox::makeTlsFiles(directory.path(), "api.tavrin.com")),
+    : tls(sandbox::writeTlsFiles(sandbox::makeCertificates("api.tavrin.com"), directory.path())),
       server(tls, requestsPerConnection) {}
 
 ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
