@@ -32,7 +32,7 @@ class ByteArray {
   std::size_t size() const { return _size; }
   std::size_t capacity() const { return _capacity; }
 
-  void push_back(std::uint8_t byte) {
+  void pushBack(std::uint8_t byte) {
     if (_size == _capacity) grow(_size + 1);
     _data[_size++] = byte;
   }

@@ -12,10 +12,10 @@ void Row::appendBytes(const void* data, std::size_t length) { _bytes.append(data
 
 void Row::appendLength(std::size_t length) {
   while (length >= 0x80) {
-    _bytes.push_back(static_cast<std::uint8_t>(length | 0x80));
+    _bytes.pushBack(static_cast<std::uint8_t>(length | 0x80));
     length >>= 7;
   }
-  _bytes.push_back(static_cast<std::uint8_t>(length));
+  _bytes.pushBack(static_cast<std::uint8_t>(length));
 }
 
 void Row::appendSigned(std::int64_t value) {

@@ -118,7 +118,7 @@ class Row {
 
  private:
   void push(std::uint8_t tag) {
-    _bytes.push_back(tag);
+    _bytes.pushBack(tag);
     ++_count;
   }
   void appendSigned(std::int64_t value);
