@@ -3,8 +3,8 @@
 // that gives the link its round trip and its rates (LinkRelay), all inside a
 // network namespace of this process's own. Each phone is collected twice on
 // each link, as before (zlib level 6, a connection per request) and as now
-// (libdeflate level 6, one kept connection). The figures go to the "link"
-// region of docs/performance.md (see PerformanceReport).
+// (libdeflate at its chosen level, one kept connection). The figures go to
+// the "link" region of docs/performance.md (see PerformanceReport).
 #include "LinkRelay.hpp"
 
 #include "../BenchmarkPhones.hpp"
@@ -59,7 +59,7 @@ struct Configuration {
 const Configuration configurations[] = {
     {"before: zlib 6, a connection per request",
      {DeflateEngine::zlib, CurlTransport::Connections::perRequest}},
-    {"now: libdeflate 6, one kept connection", {}},
+    {"now: libdeflate, one kept connection", {}},
 };
 
 // The sandbox every run uploads to, started once, storing on disk.
