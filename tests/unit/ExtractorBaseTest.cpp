@@ -28,11 +28,5 @@ INSTANTIATE_TEST_SUITE_P(
                     TextCase{"\xE2\x80\xA8", true},  // line separator is Zl
                     TextCase{"  a  ", true}, TextCase{"\xC3\xA9", true}, TextCase{"\xFF", true}));
 
-TEST(HasText, AbsentTextHasNone) {
-  EXPECT_FALSE(ExtractorBase::hasText(std::optional<std::string>()));
-  EXPECT_TRUE(ExtractorBase::hasText(std::optional<std::string>("x")));
-  EXPECT_FALSE(ExtractorBase::hasText(std::optional<std::string>(" ")));
-}
-
 }  // namespace
 }  // namespace tavrin

@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 "Debian GNU/Linux",
                                 "12",
                                 "Raspberry Pi 4 Model B Rev 1.4"},
-                    // A directory is no model name.
+                    // A directory is no model name, an empty VERSION_ID no version.
                     MachineCase{{data + "os-release-rolling"},
                                 {data, data + "missing"},
                                 "Arch Linux",

@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
         AnswerRow{login, R"({"token_type":"Bearer","access_token":"t"})", "Bearer t"},
         AnswerRow{login, R"({"access_token":"t","scope":"all","token_type":"Bearer"})", "Bearer t"},
         AnswerRow{login, R"({"token_type":"Bearer","access_token":"t","expires_in":3600})"},
-        AnswerRow{login, R"({"token_type":"Bearer"})"},
+        AnswerRow{login, R"({"token_type":"Bearer"})"}, AnswerRow{login, R"({"access_token":"t"})"},
         AnswerRow{login, R"({"token_type":"Bearer","access_token":{"v":"t"}})"},
         AnswerRow{login, R"([{"token_type":"Bearer","access_token":"t"}])"}, AnswerRow{login, "{"},
         AnswerRow{login, "", {}, connectionFailed}, AnswerRow{check, "true", "true"},
