@@ -63,36 +63,14 @@ TEST(ContactExtractor, FlagsOnlyTextsThatAreNotBlank) {
   }
 }
 
-// A host's own address book: granted, and delivering the contacts it is given.
-class HostContactStore : public platform::ContactStore {
- public:
-  std::int64_t authorizationStatus(std::int64_t) override {
-    return platform::AuthorizationStatus::authorized;
-  }
-  void requestAccess(std::int64_t, platform::AccessHandler) override {}
-  std::optional<platform::PlatformError> enumerateContacts(
-      const std::vector<std::string>&,
-      const std::function<void(const platform::Contact&)>& block) override {
-    for (const platform::Contact& contact : list) block(contact);
-    return std::nullopt;
-  }
-  std::variant<std::vector<platform::ContactGroup>, platform::PlatformError> groups() override {
-    return std::vector<platform::ContactGroup>{};
-  }
-
-  std::vector<platform::Contact> list;
-};
-
 // A phone whose address book changes between extractions: it answers from
-// whichever loaded profile is current, or from the host's own store when one is set.
+// whichever loaded profile is current.
 class ChangingPlatform : public platform::Platform {
  public:
   explicit ChangingPlatform(std::shared_ptr<platform::Platform> first)
       : current(std::move(first)) {}
   platform::DeviceInfo& device() override { return current->device(); }
-  platform::ContactStore& contacts() override {
-    return hostContacts ? *hostContacts : current->contacts();
-  }
+  platform::ContactStore& contacts() override { return current->contacts(); }
   platform::EventStore& events() override { return current->events(); }
   platform::PhotoLibrary& photos() override { return current->photos(); }
   platform::CaptureDeviceSource& captureDevices() override { return current->captureDevices(); }
@@ -101,24 +79,21 @@ class ChangingPlatform : public platform::Platform {
   platform::RandomSource& random() override { return current->random(); }
 
   std::shared_ptr<platform::Platform> current;
-  platform::ContactStore* hostContacts = nullptr;
 };
 
-// A host's platform may resolve a birthday to NaN or an infinity: that is no
-// instant, so the place is null, and the dataset stays writable.
+// A host's own platform may resolve a birthday to NaN or an infinity, which
+// a profile cannot say but one made in memory can: no instant, so the place is
+// null, and the dataset stays writable.
 TEST(ContactExtractor, BirthdaysThatAreNotFiniteAreAbsent) {
-  HostContactStore store;
-  const double nan = std::numeric_limits<double>::quiet_NaN();
   const double infinity = std::numeric_limits<double>::infinity();
-  const auto contact = [](double dayOfBirth, double nonGregorianDayOfBirth) {
-    platform::Contact made;
-    made.birthday = dayOfBirth;
-    made.nonGregorianBirthday = nonGregorianDayOfBirth;
-    return made;
-  };
-  store.list = {contact(nan, infinity), contact(-infinity, -0.5)};
-  ChangingPlatform phone(loadTestProfile("address-book-empty.json"));
-  phone.hostContacts = &store;
+  platform::DeviceProfile profile;
+  profile.permissions[static_cast<std::size_t>(platform::Permission::contacts)].status = 3;
+  profile.contacts.list.resize(2);
+  profile.contacts.list[0].birthday = std::numeric_limits<double>::quiet_NaN();
+  profile.contacts.list[0].nonGregorianBirthday = infinity;
+  profile.contacts.list[1].birthday = -infinity;
+  profile.contacts.list[1].nonGregorianBirthday = -0.5;
+  platform::ProfilePlatform phone(profile);
   const json section = extractContacts(phone);
   EXPECT_EQ(json({section.at(0).at(birthday), section.at(0).at(birthday + 1),
                   section.at(1).at(birthday), section.at(1).at(birthday + 1)}),
