@@ -44,14 +44,6 @@ TEST(JsonWriter, WritesTheDocumentCompactlyInOrder) {
   EXPECT_EQ(writeJson({}).str(), "[]");
 }
 
-TEST(JsonWriter, NestsRowsAndKeepsNullsInPlace) {
-  Row inner;
-  inner.append(2), inner.append(3);
-  Row outer;
-  outer.append(1), outer.append(inner), outer.append(std::optional<int>()), outer.append(Row());
-  EXPECT_EQ(writeSection([&](Element& e) { e.append(outer); }), R"([{"S":[[1,[2,3],null,[]]]}])");
-}
-
 // Booleans, flags, the limits of both integer kinds, doubles in their shortest
 // form, a widened float and optionals.
 TEST(JsonWriter, WritesScalarsAsJsonNumbersAndLiterals) {
