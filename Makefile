@@ -7,7 +7,7 @@ CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
 .PHONY: demo test test-sanitize test-tsan bench fuzz package docs deps build clean format \
-  coverage check-format check-layers tidy
+  coverage check-format check-layers tidy mutate
 
 deps:
 	@./scripts/install-deps.sh
@@ -102,6 +102,13 @@ coverage: deps
 	  --exclude-unreachable-branches --print-summary \
 	  --html-details $(COVERAGE_BUILD)/coverage/index.html | grep -E '^(lines|branches):'
 
+# Sampled mutation testing of src/ (docs/testing.md): plants one small fault
+# at a time in its own build, build-mutate/, runs the unit and integration
+# tests against it and reports the faults they let through. Hours, not CI.
+MUTATE_ARGS ?=
+mutate: deps
+	@python3 scripts/mutate.py $(MUTATE_ARGS)
+
 # The house checks that need no build: includes point only down the layers,
 # and every source is laid out as .clang-format says.
 check-layers:
@@ -121,4 +128,5 @@ format:
 	@clang-format -i $$(git ls-files '*.cpp' '*.hpp' '*.h' '*.c')
 
 clean:
-	@rm -rf $(BUILD) $(SANITIZE_BUILD) $(TSAN_BUILD) $(COVERAGE_BUILD) build-bench build-fuzz
+	@rm -rf $(BUILD) $(SANITIZE_BUILD) $(TSAN_BUILD) $(COVERAGE_BUILD) build-bench build-fuzz \
+	  build-mutate
