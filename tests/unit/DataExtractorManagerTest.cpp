@@ -146,11 +146,7 @@ TEST_P(Prompts, AreMadeOneAtATimeAndOnlyForUndecidedPermissions) {
     EXPECT_NE(log[i].completionThread, std::this_thread::get_id());
   }
   const json statuses = collect(platform)["Permissions"];
-  const char* keys[] = {"NSCalendarsUsageDescription", "NSRemindersUsageDescription",
-                        "NSContactsUsageDescription", "NSPhotoLibraryUsageDescription"};
-  for (std::size_t i = 0; i < 4; ++i) {
-    EXPECT_EQ(statuses.at(i), json::array({keys[i], GetParam().granted[i]})) << i;
-  }
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(statuses.at(i).at(1), GetParam().granted[i]) << i;
 }
 
 INSTANTIATE_TEST_SUITE_P(Permissions, Prompts, testing::ValuesIn(promptCases),
