@@ -8,6 +8,7 @@
 #include "service/ServiceUrl.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 namespace tavrin {
 namespace {
@@ -77,6 +78,15 @@ INSTANTIATE_TEST_SUITE_P(
         UrlCase{"invalidUtf8InFront", "\xff\xfehttps://api.tavrin.com", true},
         UrlCase{"invalidUtf8InLabel", "https://a\xff.tavrin.com", false}),
     [](const auto& test) { return std::string(test.param.name); });
+
+// A text longer than ICU can index is refused unread: its pages are mapped, never touched.
+TEST(ServiceUrl, RefusesATextLongerThanIcuCanIndex) {
+  const std::size_t size = std::size_t{1} << 31;
+  void* pages = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(pages, MAP_FAILED);
+  EXPECT_FALSE(isServiceUrl(std::string_view(static_cast<const char*>(pages), size)));
+  munmap(pages, size);
+}
 
 }  // namespace
 }  // namespace tavrin
