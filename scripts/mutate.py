@@ -8,9 +8,11 @@ are found in every folder of src/; a seeded sample spread evenly over the
 folders is run, together with the named mutants of scripts/mutants.toml. Each
 mutant is written into its file, built incrementally in its own build
 directory, run against the unit and then the integration tests, and reverted.
-A failing test, a crash or a hang kills it; a mutant that does not build
-is not counted; one judged equivalent in scripts/mutants.toml is reported with
-its reason and not run. The score is the share of the remaining mutants killed.
+A failing test, a crash or a hang (tests running five times as long as
+on the unmutated tree) kills it; a sampled mutant that does not build is not
+counted and gives its place to the next one drawn from its folder; one judged
+equivalent in scripts/mutants.toml is reported with its reason and not run. The
+score is the share of the remaining mutants killed.
 
 The file is restored on every way out, Ctrl-C included; a run that was killed
 outright is repaired from the backup in the build directory at the next start.
@@ -243,22 +245,26 @@ def includer_counts(sources):
 
 
 def sample(mutants, count, seed):
-    """`count` mutants spread evenly over the folders: a line with sites is
-    drawn at random, then one of its sites, folder after folder in turn."""
+    """`count` mutants spread evenly over the folders, and the spares of each
+    folder in the order they are drawn: a line with sites is drawn at random,
+    then one of its sites, folder after folder in turn. A chosen mutant that
+    does not build is replaced by the next spare of its folder."""
     generator = random.Random(seed)
     by_folder = {}
     for mutant in sorted(mutants, key=lambda m: m.id):
         by_folder.setdefault(mutant.folder, {}).setdefault((mutant.path, mutant.line), []).append(
             mutant)
-    pools = {folder: list(lines.values()) for folder, lines in by_folder.items()}
-    for pool in pools.values():
-        generator.shuffle(pool)
+    drawn = {}
+    for folder in FOLDERS:
+        lines = list(by_folder.get(folder, {}).values())
+        generator.shuffle(lines)
+        drawn[folder] = [generator.choice(sites) for sites in lines]
     chosen = []
-    while len(chosen) < count and any(pools.values()):
+    while len(chosen) < count and any(drawn.values()):
         for folder in FOLDERS:
-            if pools.get(folder) and len(chosen) < count:
-                chosen.append(generator.choice(pools[folder].pop()))
-    return chosen
+            if drawn[folder] and len(chosen) < count:
+                chosen.append(drawn[folder].pop(0))
+    return chosen, drawn
 
 
 # --- applying, building, testing
@@ -373,8 +379,9 @@ def main():
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--max-includers", type=int, default=15,
                         help="leave out headers that more translation units include (default 15)")
-    parser.add_argument("--timeout", type=int, default=300,
-                        help="seconds the tests of one mutant may take before it counts as a hang")
+    parser.add_argument("--timeout", type=int,
+                        help="seconds the tests of one mutant may take before it counts as a hang"
+                        " (default five times the unmutated tests' time, at least a minute)")
     options = parser.parse_args()
 
     backup = options.build / "planted"
@@ -390,10 +397,10 @@ def main():
         missing = [i for i in wanted if i not in known]
         if missing:
             sys.exit(f"no mutant has the id {', '.join(missing)}")
-        selection = [known[i] for i in wanted]
+        selection, spares = [known[i] for i in wanted], {}
     else:
         pool = [m for m in generated if not options.folder or m.folder in options.folder]
-        selection = sample(pool, options.count, options.seed)
+        selection, spares = sample(pool, options.count, options.seed)
         if not options.no_named:
             selection += [m for m in named if not options.folder or m.folder in options.folder]
 
@@ -407,12 +414,17 @@ def main():
     status, output = build_targets(options.build, options.jobs)
     if status != 0:
         sys.exit(f"the unmutated tree does not build:\n{output[-4000:]}")
-    failure = test(options.build, options.timeout)
+    started = time.monotonic()
+    failure = test(options.build, 3600)
     if failure:
         sys.exit(f"the unmutated tree fails {failure}: fix that first")
+    timeout = options.timeout or max(60, round(5 * (time.monotonic() - started)))
+    print(f"a mutant whose tests run longer than {timeout} s counts as a hang")
 
     results = []
-    for number, mutant in enumerate(selection, 1):
+    pending = list(selection)
+    while pending:
+        mutant = pending.pop(0)
         started = time.monotonic()
         if mutant.id in equivalent:
             outcome, detail = "equivalent", equivalent[mutant.id]
@@ -421,13 +433,17 @@ def main():
                 status, output = build_targets(options.build, options.jobs)
                 if status != 0:
                     outcome, detail = "unbuilt", "does not compile"
+                    # A sampled mutant that does not build gives its place to the
+                    # next one drawn from its folder.
+                    if mutant.operator != "named" and spares.get(mutant.folder):
+                        pending.insert(0, spares[mutant.folder].pop(0))
                 else:
-                    killer = test(options.build, options.timeout)
+                    killer = test(options.build, timeout)
                     outcome, detail = ("killed", killer) if killer else ("survived", "")
         results.append((mutant, outcome, detail))
-        print(f"[{number}/{len(selection)}] {outcome:10} {mutant.id:16} {mutant.describe()}"
-              f"{'  <- ' + detail if detail else ''}  ({time.monotonic() - started:.0f} s)",
-              flush=True)
+        print(f"[{len(results)}/{len(results) + len(pending)}] {outcome:10} {mutant.id:16} "
+              f"{mutant.describe()}{'  <- ' + detail if detail else ''}"
+              f"  ({time.monotonic() - started:.0f} s)", flush=True)
 
     report(results, options.build / "mutation-report.txt")
     return 0
@@ -443,6 +459,11 @@ def report(results, path):
     if killed + survived:
         lines.append(f"score: {killed}/{killed + survived} = {100 * killed / (killed + survived):.1f} %"
                      " of the non-equivalent mutants killed")
+    for kind, named in (("sampled", False), ("named", True)):
+        tally = [outcome for m, outcome, _ in results
+                 if (m.operator == "named") == named and outcome in ("killed", "survived")]
+        if tally:
+            lines.append(f"  {kind}: {tally.count('killed')}/{len(tally)} killed")
     by_folder = {}
     for mutant, outcome, _ in results:
         if outcome in ("killed", "survived"):
@@ -467,6 +488,8 @@ def report(results, path):
 
 
 if __name__ == "__main__":
-    # Ctrl-C and a polite kill both unwind through Planted, which restores the file.
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(130))
+    # Ctrl-C, a polite kill and a closed terminal all unwind through Planted,
+    # which restores the file.
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, lambda *_: sys.exit(130))
     sys.exit(main())
