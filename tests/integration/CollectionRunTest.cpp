@@ -78,8 +78,18 @@ TEST_F(CollectionRun, BareUnauthorizedUploadIsRepeatedOnceAfterANewLogin) {
 }
 
 TEST_F(CollectionRun, RejectedUrlThrowsBeforeAnyTraffic) {
-  for (const std::string& url : {bed.server.url() + "/", "http" + bed.server.url().substr(5)}) {
-    expectTavrinError([&] { TavrinService(url, "key-1", options()); }, ErrorType::invalidInput,
+  const std::string service = bed.server.url();
+  // The check refuses the first two; the others it accepts, as the service URL
+  // ends them, but they lead elsewhere (kept on loopback here).
+  auto toHere = options();
+  toHere.resolve.push_back("evil.example:443:127.0.0.1");
+  for (const std::string& url :
+       {service + "/", "http" + service.substr(5), "https://evil.example/?" + service,
+        "https://evil.example?" + service, "https://evil.example/" + service,
+        "https://evil.example#" + service, "https://evil.example@" + service,
+        "https://user@evil.example/?" + service, "https://api.tavrin.com:1/?" + service}) {
+    SCOPED_TRACE(url);
+    expectTavrinError([&] { TavrinService(url, "key-1", toHere); }, ErrorType::invalidInput,
                       "Url is incorrect");
   }
   EXPECT_TRUE(bed.server.received().empty());

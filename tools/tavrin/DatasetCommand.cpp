@@ -3,8 +3,6 @@
 #include "collection/DatasetPipeline.hpp"
 #include "collection/PermissionHeplper.hpp"
 
-#include <tavrin/error.hpp>
-
 #include <nlohmann/json.hpp>
 
 #include <iostream>
@@ -25,27 +23,18 @@ Command addDatasetCommand(CLI::App& app) {
   command->add_flag("--pretty", options->pretty, "Indent the JSON for reading");
 
   return {command, [options] {
-            std::shared_ptr<platform::Platform> device;
-            try {
-              device = choosePlatform(options->profile);
-            } catch (const platform::DeviceProfileError& error) {
-              std::cerr << "error: " << error.what() << '\n';
-              return ExitCode::badProfile;
-            }
-            DataExtractorManager manager(device);
-            PermissionHeplper::requestPermissions(*device);
-            try {
+            return runReportingFailure([&options] {
+              const std::shared_ptr<platform::Platform> device = choosePlatform(options->profile);
+              DataExtractorManager manager(device);
+              PermissionHeplper::requestPermissions(*device);
               const MappedBuffer json = DatasetPipeline::datasetJson(manager);
               if (options->pretty) {
                 std::cout << nlohmann::json::parse(json.view()).dump(2) << '\n';
               } else {
                 std::cout << json.view() << '\n';
               }
-            } catch (const JsonWriteError& error) {
-              std::cerr << "error: " << error.what() << '\n';
-              return ExitCode::jsonWrite;
-            }
-            return ExitCode::success;
+              return ExitCode::success;
+            });
           }};
 }
 
