@@ -320,6 +320,11 @@ def run(command, timeout, **kwargs):
 
 def configure(build):
     if (build / "build.ninja").exists():
+        # Regenerates the build, and the list of sources it compiles, when the
+        # tree has changed since (a merge that moved files).
+        status, output = run(["ninja", "-C", str(build), "build.ninja"], 900)
+        if status != 0:
+            sys.exit(f"regenerating {build} failed:\n{output}")
         return
     # Optimized but without debug information, which keeps each mutant's
     # compile and links short; the standard library's assertions turn an
