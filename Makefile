@@ -112,7 +112,7 @@ coverage: deps
 
 # Sampled mutation testing of src/ (docs/testing.md): plants one small fault
 # at a time in its own build, build-mutate/, runs the unit and integration
-# tests against it and reports the faults they let through. Hours, not CI.
+# tests against it and reports the faults they let through. Half an hour; not CI.
 MUTATE_ARGS ?=
 mutate: deps
 	@python3 scripts/mutate.py $(MUTATE_ARGS)
