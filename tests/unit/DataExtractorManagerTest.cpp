@@ -100,10 +100,10 @@ TEST(DataExtractorManager, SecondRunDiffersOnlyInTheTimes) {
 }
 
 TEST(DataExtractorManager, RotationAngleComesFromTheRandomDraw) {
-  // A draw of 90 gives an angle of 180 degrees (the identity turn, see LocationUtilTest).
-  DataExtractorManager manager(phone(R"("random": {"draws": [90]})"));
+  // The highest draw, 179 of 0 to 179, gives the widest angle: 269 degrees.
+  DataExtractorManager manager(phone(R"("random": {"draws": [179]})"));
   EXPECT_EQ(manager.locationUtil().rotateCoordinate(48.8566, 2.3522),
-            LocationUtil(180).rotateCoordinate(48.8566, 2.3522));
+            LocationUtil(269).rotateCoordinate(48.8566, 2.3522));
 }
 
 struct PromptCase {
