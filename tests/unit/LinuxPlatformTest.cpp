@@ -46,6 +46,8 @@ TEST_P(LinuxMachine, IsNamedByItsFiles) {
   EXPECT_EQ(device.systemVersion(), c.value("version", std::string(unameFields().release)));
   EXPECT_EQ(device.model(), c.at("modelName"));
   EXPECT_EQ(device.localizedModel(), c.at("modelName"));
+  // No version of the system holds a feature back.
+  EXPECT_TRUE(device.isSystemVersionAtLeast(99, 0));
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, LinuxMachine,
