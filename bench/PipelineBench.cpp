@@ -99,6 +99,7 @@ class StageRecorder final : public CollectionObserver {
   void sourceFinished(std::string_view name, std::size_t, std::chrono::nanoseconds) override {
     endStage(std::string(name));
   }
+  void datasetReady(std::string_view) override { endStage("JSON"); }
   void exchangeStarted(std::string_view name) override {
     if (name == "check") endStage("permissions");
     if (name == "upload") endStage("DEFLATE and base64");
@@ -162,14 +163,13 @@ RunFigures collectInChild(const platform::DeviceProfile& profile, const std::str
     try {
       auto recorder = std::make_shared<StageRecorder>();
       ServiceOptions options;
-      options.platform = std::make_shared<platform::ProfilePlatform>(profile);
-      options.caFile = server.tlsFiles().authority.string();
-      options.resolve = {server.resolve()};
-      options.observer = recorder;
+      options.setPlatform(std::make_shared<platform::ProfilePlatform>(profile))
+          .setCaFile(server.tlsFiles().authority.string())
+          .setResolve({server.resolve()})
+          .setObserver(recorder);
       TavrinServiceCore core(server.url(), "sandbox-key", options);
       recorder->begin();
-      const std::string answer =
-          core.collectData(record, [&](std::string_view) { recorder->endStage("JSON"); });
+      const std::string answer = core.collectData(record);
       recorder->endStage("end");
       recorder->stages.pop_back();  // returning the answer: nothing to measure
       out << "answer\t" << answer << "\nbaseline\t" << recorder->baselineResident << '\n';

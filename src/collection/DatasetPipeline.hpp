@@ -1,6 +1,7 @@
 #pragma once
 
 #include "collection/DataExtractorManager.hpp"
+#include "collection/RunEvents.hpp"
 #include "dataset/MappedBuffer.hpp"
 
 #include <cstdint>
@@ -8,8 +9,8 @@
 #include <string>
 
 // The one way from a device to what a collection uploads. The service, the
-// dataset preview and offline collections all go through these two steps, so
-// they cannot drift apart.
+// dataset preview and offline collections all go through these steps, so they
+// cannot drift apart. Each step ends with a point where a stopped run stops.
 namespace tavrin::DatasetPipeline {
 
 // Runs every source of `manager` afresh and writes the dataset as compact
@@ -19,8 +20,12 @@ namespace tavrin::DatasetPipeline {
 MappedBuffer datasetJson(DataExtractorManager& manager);
 
 // What the upload carries for a dataset's JSON: the base64 text of its raw
-// DEFLATE. Throws TavrinError processingFailed "Compress failed" when the
-// compression yields nothing.
-std::string uploadPayload(std::span<const std::uint8_t> json);
+// DEFLATE. Logs the three sizes to `events`. Throws TavrinError
+// processingFailed "Compress failed" when the compression yields nothing.
+std::string uploadPayload(std::span<const std::uint8_t> json, const RunEvents& events = {});
+
+// What a run would upload from `platform` now, as JSON: the permission prompts
+// of a collection, then the dataset.
+std::string previewJson(platform::Platform& platform, DataExtractorManager& manager);
 
 }  // namespace tavrin::DatasetPipeline

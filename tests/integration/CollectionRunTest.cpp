@@ -1,7 +1,6 @@
 #include "TlsTestBed.hpp"
 
 #include "../support/ExpectTavrinError.hpp"
-#include "service/TavrinServiceCore.hpp"
 
 #include <tavrin/service.hpp>
 
@@ -18,29 +17,48 @@ const std::string login = TestServer::loginPath;
 const std::string check = TestServer::checkPath;
 const std::string upload = TestServer::uploadPath;
 
+// Keeps the dataset a run hands its observer.
+class DatasetCatcher : public CollectionObserver {
+ public:
+  void datasetReady(std::string_view json) override { dataset = json; }
+  std::string dataset;
+};
+
 class CollectionRun : public testing::Test {
  protected:
   ServiceOptions options() const {
     ServiceOptions chosen = bed.options();
-    chosen.platform = platform::loadDeviceProfile(collectionProfile);
+    chosen.setPlatform(platform::loadDeviceProfile(collectionProfile)).setObserver(caught);
     return chosen;
   }
 
   TlsTestBed bed;
+  std::shared_ptr<DatasetCatcher> caught = std::make_shared<DatasetCatcher>();
 };
 
-TEST_F(CollectionRun, UploadsExactlyTheDocumentItBuilt) {
-  TavrinServiceCore core(bed.server.url(), "key-1", options());
-  std::string built;
-  EXPECT_EQ(core.collectData("r-1", [&](std::string_view json) { built = json; }), "received");
+TEST_F(CollectionRun, UploadsExactlyTheDocumentItBuiltAndItsPreview) {
+  TavrinService tavrin(bed.server.url(), "key-1", options().setUserAgent("Host/2.1"));
+  const std::string preview = tavrin.previewDataset();
+  EXPECT_EQ(bed.server.receivedPaths(), (Paths{login}));
+  EXPECT_EQ(tavrin.collectData("r-1"), "received");
 
   const auto requests = bed.server.received();
   ASSERT_EQ(bed.server.receivedPaths(), (Paths{login, check, upload}));
   EXPECT_EQ(nlohmann::json::parse(requests[2].body).at("recordNumber"), "r-1");
-  EXPECT_EQ(uploadedDocument(requests[2]), built);
-  const auto document = nlohmann::json::parse(built);
-  ASSERT_TRUE(document.is_array() && !document.empty());
-  EXPECT_TRUE(document[0].contains("GeneralInfo"));
+  EXPECT_EQ(uploadedDocument(requests[2]), caught->dataset);
+  // The profile fixes every draw, so the previews are the upload but for the
+  // header's start and end times, which the profile's clock moves on.
+  const auto withoutTimes = [](const std::string& dataset) {
+    auto document = nlohmann::json::parse(dataset);
+    auto& header = document.at(0).at("GeneralInfo");
+    header.erase(header.begin() + 2, header.begin() + 4);
+    return document;
+  };
+  EXPECT_EQ(withoutTimes(preview), withoutTimes(caught->dataset));
+  EXPECT_EQ(withoutTimes(previewDataset(options())), withoutTimes(caught->dataset));
+  for (const auto& request : requests) {
+    EXPECT_EQ(request.header("User-Agent"), "Host/2.1 tavrinsdk/1.0.0 (iOS 14.2; iPhone12,1)");
+  }
 }
 
 TEST_F(CollectionRun, ReturnsTheServersStringLogsInOnceAndOutlivesAFailedRun) {
@@ -54,13 +72,11 @@ TEST_F(CollectionRun, ReturnsTheServersStringLogsInOnceAndOutlivesAFailedRun) {
 }
 
 TEST_F(CollectionRun, TakenRecordNumberStopsTheRunBeforeExtraction) {
-  TavrinServiceCore core(bed.server.url(), "key-1", options());
+  TavrinService tavrin(bed.server.url(), "key-1", options());
   bed.server.script(check, {200, "false"});
-  bool extracted = false;
-  expectTavrinError([&] { core.collectData("r-1", [&](std::string_view) { extracted = true; }); },
-                    ErrorType::serverRejected,
+  expectTavrinError([&] { tavrin.collectData("r-1"); }, ErrorType::serverRejected,
                     "record_number_not_unique. Record number is not unique");
-  EXPECT_FALSE(extracted);
+  EXPECT_EQ(caught->dataset, "");
   EXPECT_EQ(bed.server.receivedPaths(), (Paths{login, check}));
 }
 

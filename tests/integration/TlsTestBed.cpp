@@ -17,9 +17,9 @@ TlsTestBed::TlsTestBed()
 
 ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
   ServiceOptions options;
-  options.caFile = tls.authority.string();
-  options.resolve = {server.resolveEntry()};
-  options.requestTimeout = timeout;
+  options.setCaFile(tls.authority.string())
+      .setResolve({server.resolveEntry()})
+      .setRequestTimeout(timeout);
   return options;
 }
 

@@ -28,10 +28,9 @@ std::vector<LoadOutcome> runClient(std::size_t client, const SandboxServer& serv
                                    const std::vector<std::string>& payloads,
                                    const LoadOptions& options, Clock::time_point deadline) {
   ServiceOptions transportOptions;
-  transportOptions.caFile = server.tlsFiles().authority.string();
-  transportOptions.resolve = {server.resolve()};
+  transportOptions.setCaFile(server.tlsFiles().authority.string()).setResolve({server.resolve()});
   std::vector<LoadOutcome> outcomes;
-  RestService rest(server.url(), std::make_unique<CurlTransport>(transportOptions));
+  RestService rest(server.url(), std::make_unique<CurlTransport>(transportOptions, ""));
   try {
     rest.login(authKey);
   } catch (const TavrinError& error) {

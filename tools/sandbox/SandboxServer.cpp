@@ -28,8 +28,36 @@ constexpr const char* exchangeHeader = "X-Sandbox-Exchange";
 constexpr std::string_view datasetInvalid = "dataset_invalid";
 constexpr std::string_view requestMalformed = "request_malformed";
 
+// Every answer carries an id under this header, which the sandbox's log
+// names too, so that a client's report can be matched to the log line.
+constexpr const char* requestIdHeader = "X-Request-Id";
+// What a dripping answer sends before its body, one byte a second: a minute
+// of blanks, which a JSON reader skips.
+constexpr std::size_t dripPadding = 60;
+
 std::string errorDocument(std::string_view title, std::string_view detail) {
   return json{{"title", title}, {"detail", detail}}.dump();
+}
+
+// `count` random bytes as lower-case hex digits.
+std::string randomHex(std::size_t count) {
+  std::vector<unsigned char> random(count);
+  if (RAND_bytes(random.data(), static_cast<int>(count)) != 1) {
+    throw std::runtime_error("no random bytes");
+  }
+  static constexpr char hex[] = "0123456789abcdef";
+  std::string text;
+  for (unsigned char byte : random) {
+    text += hex[byte >> 4];
+    text += hex[byte & 0xF];
+  }
+  return text;
+}
+
+// Gives the response a new request id, once; returns it.
+std::string stampRequestId(httplib::Response& response) {
+  if (!response.has_header(requestIdHeader)) response.set_header(requestIdHeader, randomHex(8));
+  return response.get_header_value(requestIdHeader);
 }
 
 }  // namespace
@@ -40,6 +68,7 @@ struct SandboxServer::Answer {
   std::string note;  // what the log says about it
   bool drop = false;
   bool stall = false;
+  bool drip = false;
 
   static Answer error(int status, std::string_view title, std::string_view detail,
                       std::string note = {}) {
@@ -115,7 +144,7 @@ SandboxServer::SandboxServer(SandboxOptions options)
           detail = "the request body exceeds " + std::to_string(_options.maxBodySize) + " bytes";
         }
         log(request.method + " " + request.path + " " + std::to_string(response.status) + " " +
-            title + ": " + detail);
+            title + ": " + detail + " (request " + stampRequestId(response) + ")");
         response.set_content(errorDocument(title, detail), "application/json");
         return httplib::Server::HandlerResponse::Handled;
       }));
@@ -128,7 +157,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
       what = error.what();
     } catch (...) {
     }
-    log(request.path + " 500 sandbox failure: " + what);
+    log(request.path + " 500 sandbox failure: " + what + " (request " + stampRequestId(response) +
+        ")");
     response.status = 500;
     response.set_header(exchangeHeader, "failure");
     response.set_content(errorDocument("sandbox_failure", what), "application/json");
@@ -211,7 +241,9 @@ void SandboxServer::serve(Exchange exchange, const httplib::Request& request,
                                      : _counts.uploads);
   }
   Answer answer;
-  if (auto rule = takeFault(exchange)) {
+  const auto rule = takeFault(exchange);
+  const bool dripping = rule && rule->action == FaultRule::Action::drip;
+  if (rule && !dripping) {
     answer = injected(*rule, request);
   } else if (exchange == Exchange::login) {
     answer = login(request);
@@ -220,9 +252,13 @@ void SandboxServer::serve(Exchange exchange, const httplib::Request& request,
   } else {
     answer = exchange == Exchange::check ? check(request) : upload(request);
   }
+  if (dripping) {
+    answer.drip = true;
+    answer.note = "fault " + rule->text + ", then " + answer.note;
+  }
   log(std::string(exchangeName(exchange)) + " " +
       (answer.drop || answer.stall ? std::string("no answer") : std::to_string(answer.status)) +
-      " " + answer.note);
+      " " + answer.note + " (request " + stampRequestId(response) + ")");
 
   const int socket = request.ssl ? SSL_get_fd(request.ssl) : -1;
   if (answer.drop && socket >= 0) {
@@ -238,7 +274,27 @@ void SandboxServer::serve(Exchange exchange, const httplib::Request& request,
   }
   response.status = answer.status;
   response.set_header(exchangeHeader, std::string(exchangeName(exchange)));
-  if (!answer.body.empty()) response.set_content(answer.body, "application/json");
+  if (answer.drip) {
+    drip(response, std::string(dripPadding, ' ') + answer.body);
+  } else if (!answer.body.empty()) {
+    response.set_content(answer.body, "application/json");
+  }
+}
+
+void SandboxServer::drip(httplib::Response& response, std::string text) {
+  response.set_chunked_content_provider(
+      "application/json", [this, text = std::move(text), sent = std::size_t{0}](
+                              std::size_t, httplib::DataSink& sink) mutable {
+        // A second between bytes, in slices, so that stop() is not held up.
+        for (int slice = 0; sent > 0 && slice < 10 && !_stopping; ++slice) {
+          std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        if (sent == text.size() || _stopping) {
+          sink.done();
+          return true;
+        }
+        return sink.write(text.data() + sent++, 1);
+      });
 }
 
 std::optional<FaultRule> SandboxServer::takeFault(Exchange exchange) {
@@ -266,6 +322,7 @@ SandboxServer::Answer SandboxServer::injected(const FaultRule& rule, const httpl
               note};
     case FaultRule::Action::drop: return {500, {}, note, true, false};
     case FaultRule::Action::stall: return {503, {}, note, false, true};
+    case FaultRule::Action::drip: break;  // the normal answer, which serve() makes
   }
   return {500, {}, note};
 }
@@ -315,15 +372,7 @@ bool SandboxServer::authorized(const httplib::Request& request) {
 }
 
 std::string SandboxServer::issueToken() {
-  unsigned char random[24];
-  if (RAND_bytes(random, sizeof random) != 1)
-    throw std::runtime_error("no random bytes for a token");
-  static constexpr char hex[] = "0123456789abcdef";
-  std::string token;
-  for (unsigned char byte : random) {
-    token += hex[byte >> 4];
-    token += hex[byte & 0xF];
-  }
+  std::string token = randomHex(24);
   const auto issued = now();
   const std::lock_guard lock(_mutex);
   std::erase_if(_tokens, [issued](const auto& entry) { return entry.second <= issued; });

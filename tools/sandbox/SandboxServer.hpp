@@ -108,6 +108,9 @@ class SandboxServer {
   bool authorized(const httplib::Request& request);
   std::optional<FaultRule> takeFault(Exchange exchange);
   Answer injected(const FaultRule& rule, const httplib::Request& request);
+  // Sends `text` as the response's body one byte a second, until it is all sent,
+  // the client hangs up or the sandbox stops.
+  void drip(httplib::Response& response, std::string text);
   std::string issueToken();
   std::chrono::steady_clock::time_point now() const;
   void log(const std::string& line);

@@ -1,9 +1,6 @@
 #include "Commands.hpp"
 
-#include "collection/DatasetPipeline.hpp"
-#include "collection/PermissionHeplper.hpp"
-
-#include <tavrin/error.hpp>
+#include <tavrin/service.hpp>
 
 #include <nlohmann/json.hpp>
 
@@ -25,27 +22,17 @@ Command addDatasetCommand(CLI::App& app) {
   command->add_flag("--pretty", options->pretty, "Indent the JSON for reading");
 
   return {command, [options] {
-            std::shared_ptr<platform::Platform> device;
-            try {
-              device = choosePlatform(options->profile);
-            } catch (const platform::DeviceProfileError& error) {
-              std::cerr << "error: " << error.what() << '\n';
-              return ExitCode::badProfile;
-            }
-            DataExtractorManager manager(device);
-            PermissionHeplper::requestPermissions(*device);
-            try {
-              const MappedBuffer json = DatasetPipeline::datasetJson(manager);
+            return runReportingFailure([&] {
+              ServiceOptions device;
+              device.setPlatform(choosePlatform(options->profile));
+              const std::string json = previewDataset(device);
               if (options->pretty) {
-                std::cout << nlohmann::json::parse(json.view()).dump(2) << '\n';
+                std::cout << nlohmann::json::parse(json).dump(2) << '\n';
               } else {
-                std::cout << json.view() << '\n';
+                std::cout << json << '\n';
               }
-            } catch (const JsonWriteError& error) {
-              std::cerr << "error: " << error.what() << '\n';
-              return ExitCode::jsonWrite;
-            }
-            return ExitCode::success;
+              return ExitCode::success;
+            });
           }};
 }
 

@@ -67,6 +67,7 @@ std::vector<Event> ProfileEventStore::events(double start, double end,
   end = std::min(end, start + longestRange);
   constexpr double infinity = std::numeric_limits<double>::infinity();
   for (const auto& event : _events) {
+    if (stopRequested()) break;  // the run discards what it gets now
     if (!contains(calendarIdentifiers, event.calendarIdentifier)) continue;
     if (event.recurrence) {
       appendOccurrences(event, start, end, found);
