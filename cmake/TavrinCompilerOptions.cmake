@@ -15,7 +15,7 @@ endif()
 
 # Line coverage of everything built, for `make coverage` (GCC's gcov format).
 if(TAVRIN_COVERAGE)
-  add_compile_options(--coverage)
+  add_compile_options(--coverage -fprofile-update=atomic)
   add_link_options(--coverage)
 endif()
 
