@@ -43,11 +43,11 @@ constexpr std::size_t wordIndex(std::size_t step) {
 // The round functions are written in forms with shorter dependency chains;
 // in round 2, G = (b & d) | (c & ~d) is summed in two parts so the part that
 // does not wait for b goes first.
-template <std::size_t Step>
+template <std::size_t stepIndex>
 [[gnu::always_inline]] inline void step(std::uint32_t& a, std::uint32_t b, std::uint32_t c,
                                         std::uint32_t d, const std::uint8_t* block) {
-  constexpr std::size_t round = Step / 16;
-  a += loadLittleEndian32(block + 4 * wordIndex(Step)) + sineTable[Step];
+  constexpr std::size_t round = stepIndex / 16;
+  a += loadLittleEndian32(block + 4 * wordIndex(stepIndex)) + sineTable[stepIndex];
   if constexpr (round == 0) {
     a += d ^ (b & (c ^ d));
   } else if constexpr (round == 1) {
@@ -58,24 +58,24 @@ template <std::size_t Step>
   } else {
     a += c ^ (b | ~d);
   }
-  a = b + std::rotl(a, shifts[round][Step % 4]);
+  a = b + std::rotl(a, shifts[round][stepIndex % 4]);
 }
 
-// Four steps from `First`, the state words rotating roles as the RFC lists them.
-template <std::size_t First>
+// Four steps from `first`, the state words rotating roles as the RFC lists them.
+template <std::size_t first>
 [[gnu::always_inline]] inline void fourSteps(std::uint32_t& a, std::uint32_t& b, std::uint32_t& c,
                                              std::uint32_t& d, const std::uint8_t* block) {
-  step<First>(a, b, c, d, block);
-  step<First + 1>(d, a, b, c, block);
-  step<First + 2>(c, d, a, b, block);
-  step<First + 3>(b, c, d, a, block);
+  step<first>(a, b, c, d, block);
+  step<first + 1>(d, a, b, c, block);
+  step<first + 2>(c, d, a, b, block);
+  step<first + 3>(b, c, d, a, block);
 }
 
-template <std::size_t... Quads>
+template <std::size_t... quads>
 [[gnu::always_inline]] inline void allSteps(std::uint32_t& a, std::uint32_t& b, std::uint32_t& c,
                                             std::uint32_t& d, const std::uint8_t* block,
-                                            std::index_sequence<Quads...>) {
-  (fourSteps<4 * Quads>(a, b, c, d, block), ...);
+                                            std::index_sequence<quads...>) {
+  (fourSteps<4 * quads>(a, b, c, d, block), ...);
 }
 
 struct State {

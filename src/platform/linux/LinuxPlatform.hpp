@@ -17,8 +17,8 @@ namespace tavrin::platform {
 // personal data stores it does not have reported as restricted.
 class LinuxPlatform final : public Platform {
  public:
-  explicit LinuxPlatform(std::string applicationIdentifier, LinuxSystemFiles files = {})
-      : _device(std::move(applicationIdentifier), std::move(files)) {}
+  explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {})
+      : _device(std::move(applicationIdentifier), files) {}
 
   DeviceInfo& device() override { return _device; }
   ContactStore& contacts() override { return _contacts; }
