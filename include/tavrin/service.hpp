@@ -25,7 +25,7 @@ class TAVRIN_EXPORT TavrinService {
   TavrinService(std::string url, std::string authKey);
   /// The same, with the device, trust, time limits and reporting of `options`. Throws
   /// TavrinError invalidInput as well for an option outside its valid values.
-  TavrinService(std::string url, std::string authKey, ServiceOptions options);
+  TavrinService(std::string url, std::string authKey, const ServiceOptions& options);
   /// Cancels a run of collectDataAsync still in progress and waits for its thread.
   ~TavrinService();
   TavrinService(const TavrinService&) = delete;

@@ -8,7 +8,7 @@ namespace tavrin {
 TavrinService::TavrinService(std::string url, std::string authKey)
     : TavrinService(std::move(url), std::move(authKey), ServiceOptions{}) {}
 
-TavrinService::TavrinService(std::string url, std::string authKey, ServiceOptions options)
+TavrinService::TavrinService(std::string url, std::string authKey, const ServiceOptions& options)
     : _tavrinService(
           std::make_unique<TavrinServiceCore>(std::move(url), std::move(authKey), options)) {}
 
