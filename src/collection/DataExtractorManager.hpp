@@ -46,8 +46,7 @@ class DataExtractorManager {
   const std::optional<std::string> _sdkIdentifier;
   std::shared_ptr<const LocationUtil> _locationUtil;
   std::vector<std::unique_ptr<IDataExtractor>> _extractors;
-  static inline const RunEvents nobody;
-  const RunEvents* _events = &nobody;
+  const RunEvents* _events = &RunEvents::nobody();
 };
 
 }  // namespace tavrin

@@ -7,6 +7,11 @@ namespace tavrin {
 RunEvents::RunEvents(std::shared_ptr<CollectionObserver> observer, LogHandler log)
     : _observer(std::move(observer)), _log(std::move(log)) {}
 
+const RunEvents& RunEvents::nobody() {
+  static const RunEvents none;
+  return none;
+}
+
 template <typename Call>
 void RunEvents::notify(Call&& call) const noexcept {
   if (!_observer) return;

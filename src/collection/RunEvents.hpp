@@ -20,6 +20,9 @@ class RunEvents {
   RunEvents() = default;
   RunEvents(std::shared_ptr<CollectionObserver> observer, LogHandler log);
 
+  // Events that nobody hears, for parts that are told of none.
+  static const RunEvents& nobody();
+
   void sourceStarted(std::string_view name) const;
   void sourceFinished(std::string_view name, std::size_t entries,
                       std::chrono::nanoseconds elapsed) const;

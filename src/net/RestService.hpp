@@ -69,8 +69,7 @@ class RestService {
   std::optional<std::string> _tokenType;
   std::string _url;
   std::unique_ptr<HttpTransport> _transport;
-  static inline const RunEvents nobody;
-  const RunEvents* _events = &nobody;
+  const RunEvents* _events = &RunEvents::nobody();
 };
 
 template <typename Operation>
