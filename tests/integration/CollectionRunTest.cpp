@@ -93,10 +93,23 @@ TEST_F(CollectionRun, BareUnauthorizedUploadIsRepeatedOnceAfterANewLogin) {
   EXPECT_EQ(requests[4].body, requests[2].body);
 }
 
-TEST_F(CollectionRun, RejectedUrlThrowsBeforeAnyTraffic) {
-  for (const std::string& url : {bed.server.url() + "/", "http" + bed.server.url().substr(5)}) {
-    expectTavrinError([&] { TavrinService(url, "key-1", options()); }, ErrorType::invalidInput,
-                      "Url is incorrect");
+TEST_F(CollectionRun, RejectedUrlOrOptionThrowsBeforeAnyTraffic) {
+  using namespace std::chrono_literals;
+  const std::string url = bed.server.url();
+  const struct {
+    std::string url;
+    ServiceOptions options;
+    const char* message;
+  } rejected[] = {
+      {url + "/", options(), "Url is incorrect"},
+      {"http" + url.substr(5), options(), "Url is incorrect"},
+      {url, options().setDeadline(-1ms), "Deadline must not be negative"},
+      {url, options().setRequestTimeout(0ms), "Request timeout must be positive"},
+      {url, options().setUserAgent("App/1\r\nX-Injected: 1"), "User agent must be printable ASCII"},
+  };
+  for (const auto& r : rejected) {
+    expectTavrinError([&] { TavrinService(r.url, "key-1", r.options); }, ErrorType::invalidInput,
+                      r.message);
   }
   EXPECT_TRUE(bed.server.received().empty());
 }
