@@ -34,11 +34,12 @@ test-sanitize: deps
 # The tests in which another thread is part of the story, built with clang under
 # ThreadSanitizer: platform completions (prompts, reminders), servers in the
 # process answering the transport, the collection run and the sandbox under load
-# on threads of their own, and runs on the library's thread (collectDataAsync)
-# cancelled from the test's (SandboxCollection). TSAN_TESTS is a ctest regular
-# expression over test names; extend it when a test of another waiting path is
-# added.
-TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad
+# on threads of their own, the sandbox's process, a thread per connection,
+# stopped while clients hold their connections, and runs on the library's thread
+# (collectDataAsync) cancelled from the test's (SandboxCollection). TSAN_TESTS
+# is a ctest regular expression over test names; extend it when a test of
+# another waiting path is added.
+TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
@@ -56,7 +57,11 @@ bench: deps
 	@TAVRIN_PERFORMANCE_REPORT=$(CURDIR)/docs/performance.md build-bench/bench/tavrin_bench
 
 # Every fuzz target, built with clang and libFuzzer, run for FUZZ_SECONDS each.
+# FUZZ_BUDGET makes an input that takes more than 2 seconds or 512 MB of
+# memory count as a crash. The inputs under fuzz/regressions/TARGET, found before,
+# run first.
 FUZZ_SECONDS ?= 60
+FUZZ_BUDGET ?= -timeout=2 -rss_limit_mb=512
 fuzz: deps
 	@cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
@@ -68,7 +73,9 @@ fuzz: deps
 	  name=$$(basename $$target); mkdir -p build-fuzz/corpus-$$name; \
 	  echo "fuzzing $$name for $(FUZZ_SECONDS)s"; \
 	  dict=fuzz/$${name#fuzz_}.dict; [ -f "$$dict" ] && dict="-dict=$$dict" || dict=; \
-	  $$target -max_total_time=$(FUZZ_SECONDS) $$dict build-fuzz/corpus-$$name >build-fuzz/$$name.log 2>&1 \
+	  regressions=fuzz/regressions/$${name#fuzz_}; [ -d "$$regressions" ] || regressions=; \
+	  $$target -max_total_time=$(FUZZ_SECONDS) $(FUZZ_BUDGET) $$dict \
+	    build-fuzz/corpus-$$name $$regressions >build-fuzz/$$name.log 2>&1 \
 	    || { tail -n 40 build-fuzz/$$name.log; exit 1; }; \
 	  tail -n 1 build-fuzz/$$name.log; \
 	done

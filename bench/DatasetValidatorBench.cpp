@@ -1,6 +1,8 @@
-// The sandbox's validation of an upload, step by step, on a large valid
-// dataset: the whole decoding against nlohmann's parse alone, and the
-// structure check of an already parsed document.
+// The sandbox's validation of an upload on a large valid dataset: the whole
+// decoding, and its JSON steps (simdjson's parse and the structure check)
+// against nlohmann's parse alone. And hostile uploads of 60 KB, which inflate
+// to 30 to 50 MB of JSON and must each be refused within milliseconds, beside
+// a valid upload of the same size.
 #include "DatasetValidator.hpp"
 
 #include <benchmark/benchmark.h>
@@ -8,6 +10,7 @@
 #include <tavrin/codec.hpp>
 
 #include <fstream>
+#include <functional>
 
 namespace tavrin::bench {
 namespace {
@@ -62,13 +65,69 @@ void NlohmannParseOnly(benchmark::State& state) {
 }
 BENCHMARK(NlohmannParseOnly)->Unit(benchmark::kMillisecond);
 
-void ValidateParsedDocument(benchmark::State& state) {
-  const json document = json::parse(largeDatasetJson());
-  for (auto _ : state) benchmark::DoNotOptimize(sandbox::DatasetValidator::validate(document));
+void CheckJsonOnly(benchmark::State& state) {
+  const sandbox::DatasetValidator validator;
+  for (auto _ : state) benchmark::DoNotOptimize(validator.check(largeDatasetJson()));
   state.SetBytesProcessed(
       static_cast<std::int64_t>(state.iterations() * largeDatasetJson().size()));
 }
-BENCHMARK(ValidateParsedDocument)->Unit(benchmark::kMillisecond);
+BENCHMARK(CheckJsonOnly)->Unit(benchmark::kMillisecond);
+
+// A payload of 30 to 60 KB of base64: a unit repeated as often as fits, in
+// shapes that once took the parser quadratic time or that push its limits
+// (a thousandfold inflation), or the test data's valid dataset with as many
+// contacts as fit.
+std::string sixtyKilobytePayload(std::int64_t shape) {
+  const auto payloadOf = [](const std::function<std::string(std::size_t)>& text) {
+    std::string payload = encode(text(1));
+    for (std::size_t count = 2;; count *= 2) {
+      std::string larger = encode(text(count));
+      if (larger.size() > 60 * 1024) return payload;
+      payload = std::move(larger);
+    }
+  };
+  const auto repeated = [](std::string open, std::string_view unit, std::string_view close) {
+    return [=](std::size_t count) {
+      std::string text = open;
+      for (std::size_t i = 0; i < count; ++i) text += unit;
+      return text + std::string(close);
+    };
+  };
+  switch (shape) {
+    case 0: return payloadOf(repeated("[", R"({"":0},)", "0]"));  // many small objects
+    case 1: return payloadOf(repeated("[", "[],", "0]"));         // many empty lists
+    case 2: return payloadOf(repeated("[", "0,", "0]"));          // many numbers
+    case 3: return payloadOf(repeated(R"([")", "x", "\xff\"]"));  // a long string, not UTF-8
+    default: {
+      std::ifstream file(TAVRIN_TEST_DATA_DIR "/sandbox/valid-dataset.json");
+      const json document = json::parse(file);
+      return payloadOf([&document](std::size_t count) {
+        json grown = document;
+        json& contacts = grown[1]["Contacts"];
+        contacts = json::array();
+        for (std::size_t i = 0; i < count; ++i) contacts.push_back(document[1]["Contacts"][0]);
+        return grown.dump();
+      });
+    }
+  }
+}
+
+void DecodeSixtyKilobytePayload(benchmark::State& state) {
+  const std::string payload = sixtyKilobytePayload(state.range(0));
+  const sandbox::DatasetValidator validator;
+  const bool hostile = state.range(0) < 4;
+  std::size_t jsonSize = 0;
+  for (auto _ : state) {
+    auto decoded = validator.decode(payload);
+    if (decoded.valid() == hostile) state.SkipWithError(decoded.problem.value_or("valid").c_str());
+    jsonSize = decoded.jsonSize;
+    benchmark::DoNotOptimize(decoded);
+  }
+  state.SetLabel((hostile ? "hostile, " : "valid (reference), ") + std::to_string(jsonSize >> 20) +
+                 " MB of JSON");
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * jsonSize));
+}
+BENCHMARK(DecodeSixtyKilobytePayload)->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tavrin::bench

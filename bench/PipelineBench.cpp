@@ -141,7 +141,7 @@ std::map<tool::Preset, PresetData>& presetData() {
 sandbox::SandboxServer& sandboxServer() {
   static sandbox::SandboxServer& server = []() -> sandbox::SandboxServer& {
     sandbox::SandboxOptions options;
-    options.maxBodySize = std::size_t{256} << 20;
+    options.limits.maxUploadBody = std::size_t{256} << 20;
     static sandbox::SandboxServer started(std::move(options));
     started.start();
     return started;

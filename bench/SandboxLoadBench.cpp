@@ -45,12 +45,12 @@ void BM_SandboxLoad(benchmark::State& state) {
   for (auto _ : state) {
     sandbox::SandboxOptions options;
     options.database = (directory / "load.db").string();
-    serverThreads = options.threads;
+    serverThreads = options.limits.threads;
     sandbox::SandboxServer server(std::move(options));
     server.start();
     result = sandbox::runSandboxLoad(server, "sandbox-key", payloads, load);
     server.stop();
-    verdict = sandbox::verifyLoad(result, server.store(), jsons);
+    verdict = sandbox::verifyLoad(result, server.store(), payloads);
   }
   std::filesystem::remove_all(directory);
 
@@ -80,8 +80,8 @@ void BM_SandboxLoad(benchmark::State& state) {
   out << std::fixed << std::setprecision(1) << bench::PerformanceReport::machine() << "\n"
       << load.clients << " clients, each its own RestService over CurlTransport (a new TLS "
       << "connection per request, as the library makes them), checked and uploaded for " << seconds
-      << " s against one sandbox serving on " << serverThreads
-      << " threads, storing into SQLite on disk. Each client cycles through the payloads of "
+      << " s against one sandbox (a thread per connection, " << serverThreads
+      << " requests processed at once), storing into SQLite on disk. Each client cycles through the payloads of "
       << "four typical phones (" << static_cast<double>(payloads[0].size()) / mb
       << " MB of base64, " << static_cast<double>(jsons[0].size()) / mb << " MB of JSON each); "
       << "every " << load.repeatEvery << "th request repeats a record number and every "

@@ -10,8 +10,10 @@ find_package(nlohmann_json 3.11 REQUIRED)
 # libcrypto derives the Linux platform's per-application vendor identifier (HMAC-SHA256).
 find_package(OpenSSL REQUIRED)
 
-if(TAVRIN_BUILD_TOOLS OR TAVRIN_BUILD_TESTS OR TAVRIN_BUILD_BENCH)
+if(TAVRIN_BUILD_TOOLS OR TAVRIN_BUILD_TESTS OR TAVRIN_BUILD_BENCH OR TAVRIN_BUILD_FUZZ)
   find_package(SQLite3 REQUIRED)
+  # The sandbox parses uploaded datasets, up to hundreds of megabytes, with it.
+  find_package(simdjson REQUIRED)
   find_package(CLI11 CONFIG REQUIRED)
   find_path(HTTPLIB_INCLUDE_DIR httplib.h REQUIRED)
   # Debian builds cpp-httplib as a library; pkg-config gives it with its TLS support switched on.

@@ -1,5 +1,6 @@
 #include "dataset/JsonWriter.hpp"
 
+#include "codec/Utf8.hpp"
 #include "dataset/Tape.hpp"
 
 #include <tavrin/error.hpp>
@@ -24,34 +25,6 @@ constexpr std::array<std::uint8_t, 256> byteClasses = [] {
   for (unsigned byte = 0x80; byte < 0x100; ++byte) classes[byte] = multiByte;
   return classes;
 }();
-
-// The length of the well-formed UTF-8 sequence at `text`, or 0 when the bytes
-// there are not one (overlong forms, surrogates and values past U+10FFFF).
-std::size_t utf8SequenceLength(const std::uint8_t* text, const std::uint8_t* end) {
-  const std::uint8_t lead = text[0];
-  std::size_t length = 0;
-  std::uint8_t low = 0x80;
-  std::uint8_t high = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) low = 0xA0;
-    if (lead == 0xED) high = 0x9F;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) low = 0x90;
-    if (lead == 0xF4) high = 0x8F;
-  } else {
-    return 0;
-  }
-  if (static_cast<std::size_t>(end - text) < length) return 0;
-  if (text[1] < low || text[1] > high) return 0;
-  for (std::size_t i = 2; i < length; ++i) {
-    if (text[i] < 0x80 || text[i] > 0xBF) return 0;
-  }
-  return length;
-}
 
 class Writer {
  public:

@@ -4,6 +4,7 @@
 #include "collection/PermissionHeplper.hpp"
 #include "collection/StatusResource.hpp"
 #include "net/CurlTransport.hpp"
+#include "net/RequestUrl.hpp"
 #include "service/ServiceUrl.hpp"
 #include "service/UserAgent.hpp"
 
@@ -54,7 +55,12 @@ TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey,
       dataExtractorManager(_platform) {
   dataExtractorManager.setEvents(_events);
   // The manager exists before the URL is judged, even when it is then rejected.
-  if (!isServiceUrl(url)) {
+  // Text around the matched service URL must not send the key elsewhere: the
+  // base URL has to lead to the very host the pattern matched, with nothing
+  // added (a query, a fragment or user information would come from the text
+  // around it).
+  const auto serviceUrl = matchedServiceUrl(url);
+  if (!serviceUrl || !sameDestination(url, *serviceUrl)) {
     throw TavrinError(ErrorType::invalidInput, std::string(StatusResource::urlIncorrectMessage));
   }
   checkDeadline(options);

@@ -95,19 +95,31 @@ TEST_F(CollectionRun, BareUnauthorizedUploadIsRepeatedOnceAfterANewLogin) {
 
 TEST_F(CollectionRun, RejectedUrlOrOptionThrowsBeforeAnyTraffic) {
   using namespace std::chrono_literals;
-  const std::string url = bed.server.url();
-  const struct {
+  const std::string service = bed.server.url();
+  // The check refuses the first two URLs; the others it accepts, as the service
+  // URL ends them, but they lead elsewhere (kept on loopback here).
+  const ServiceOptions toHere =
+      options().setResolve({bed.server.resolveEntry(), "evil.example:443:127.0.0.1"});
+  struct Rejected {
     std::string url;
     ServiceOptions options;
     const char* message;
-  } rejected[] = {
-      {url + "/", options(), "Url is incorrect"},
-      {"http" + url.substr(5), options(), "Url is incorrect"},
-      {url, options().setDeadline(-1ms), "Deadline must not be negative"},
-      {url, options().setRequestTimeout(0ms), "Request timeout must be positive"},
-      {url, options().setUserAgent("App/1\r\nX-Injected: 1"), "User agent must be printable ASCII"},
   };
+  std::vector<Rejected> rejected = {
+      {service, options().setDeadline(-1ms), "Deadline must not be negative"},
+      {service, options().setRequestTimeout(0ms), "Request timeout must be positive"},
+      {service, options().setUserAgent("App/1\r\nX-Injected: 1"),
+       "User agent must be printable ASCII"},
+  };
+  for (const std::string& url :
+       {service + "/", "http" + service.substr(5), "https://evil.example/?" + service,
+        "https://evil.example?" + service, "https://evil.example/" + service,
+        "https://evil.example#" + service, "https://evil.example@" + service,
+        "https://user@evil.example/?" + service, "https://api.tavrin.com:1/?" + service}) {
+    rejected.push_back({url, toHere, "Url is incorrect"});
+  }
   for (const auto& r : rejected) {
+    SCOPED_TRACE(r.url);
     expectTavrinError([&] { TavrinService(r.url, "key-1", r.options); }, ErrorType::invalidInput,
                       r.message);
   }

@@ -54,7 +54,8 @@ TEST_F(RestServiceOverTls, SendsTheThreeRequestsAsTheServiceExpectsThem) {
 
 TEST_F(RestServiceOverTls, ServerTheClientMayNotTrustIsAConnectionFailure) {
   // Another authority and another server key, made as the test bed's are.
-  const auto other = sandbox::makeTlsFiles(bed.directory / "other", "api.tavrin.com");
+  const auto other =
+      sandbox::writeTlsFiles(sandbox::makeCertificates("api.tavrin.com"), bed.directory / "other");
   const auto refused = [&](const char* why, ServiceOptions options,
                            const std::string& host = "api.tavrin.com") {
     SCOPED_TRACE(why);

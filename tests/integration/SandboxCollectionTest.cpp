@@ -99,7 +99,7 @@ TEST_F(SandboxCollection, AnExpiredTokenLeadsToExactlyOneNewLogin) {
 }
 
 TEST_F(SandboxCollection, AnInvalidDatasetIsRefusedWithoutAMessageAndKeptWithItsReason) {
-  start([](sandbox::SandboxOptions& options) { options.maxDatasetSize = 1000; });
+  start([](sandbox::SandboxOptions& options) { options.limits.maxDataset = 1000; });
   expectTavrinError([&] { connect()->collectData("big-1"); }, ErrorType::invalidInput,
                     std::nullopt);
   const auto stored = server->store().find("big-1");

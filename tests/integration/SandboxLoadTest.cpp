@@ -27,7 +27,7 @@ std::size_t fromEnvironment(const char* name, std::size_t fallback) {
 
 TEST(SandboxLoad, StoresEveryAcceptedUploadAndGivesEveryRefusalItsReason) {
   // Four typical phones; each client cycles through their datasets.
-  const auto [payloads, jsons] = tool::collectTypicalPhones(4);
+  const auto payloads = tool::collectTypicalPhones(4).payloads;
 
   testing_support::TemporaryDirectory directory;
   sandbox::SandboxOptions serverOptions;
@@ -46,7 +46,7 @@ TEST(SandboxLoad, StoresEveryAcceptedUploadAndGivesEveryRefusalItsReason) {
   const auto result = sandbox::runSandboxLoad(server, "sandbox-key", payloads, load);
   server.stop();
 
-  const auto verdict = sandbox::verifyLoad(result, server.store(), jsons);
+  const auto verdict = sandbox::verifyLoad(result, server.store(), payloads);
   for (const auto& problem : verdict.problems) ADD_FAILURE() << problem;
   EXPECT_GT(verdict.accepted, 0U);
   EXPECT_EQ(verdict.storedAsSent, verdict.accepted);

@@ -10,10 +10,12 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <pty.h>
+#include <sqlite3.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <future>
 #include <sstream>
 
 namespace tavrin::testing_support {
@@ -74,12 +76,80 @@ TEST(SandboxProcess, TellsHowToReachItLogsRefusalsAndStopsOnTerm) {
   EXPECT_THAT(refused.member("detail"), testing::StartsWith(detail));
   EXPECT_EQ(client.check(token, "bad-1").body, "true");
 
+  // Its certificate directory is private and holds the authority alone: the
+  // key stays in memory.
+  const auto certificates = std::filesystem::path(sandbox.caFile).parent_path();
+  EXPECT_EQ(std::filesystem::status(certificates).permissions(), std::filesystem::perms::owner_all);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(certificates), {}), 1);
+
+  // Clients in the middle of their requests do not hold it up.
+  SlowLoris loris(sandbox.port, sandbox.caFile, "127.0.0.2", 16);
+  loris.awaitServed(16);
+  const auto signalled = std::chrono::steady_clock::now();
   EXPECT_EQ(sandbox.process.stop(SIGTERM), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - signalled, 1s);
   EXPECT_THAT(sandbox.process.errors(),
               testing::AllOf(HasSubstr("stopped by SIGTERM"),
                              HasSubstr("record \"bad-1\": dataset_invalid: " + detail)));
   // The certificate directory it made for itself goes with it.
-  EXPECT_FALSE(std::filesystem::exists(sandbox.caFile));
+  EXPECT_FALSE(std::filesystem::exists(certificates));
+}
+
+TEST(SandboxProcess, LosesNoAcceptedUploadWhenKilledDuringCollections) {
+  // Uploads in flight when the sandbox dies write to a closed connection.
+  std::signal(SIGPIPE, SIG_IGN);
+  const TemporaryDirectory directory;
+  const std::string database = (directory / "uploads.db").string();
+  const std::string data = encodePayload(validDataset().dump());
+  std::mutex mutex;
+  std::condition_variable stored;
+  std::vector<std::string> accepted;
+  std::filesystem::path killedCertificates;
+  for (int round = 0; round < 5; ++round) {
+    SandboxProcess sandbox({"--db", database});
+    // A sandbox killed outright cannot remove its certificate directory; the next one does.
+    EXPECT_FALSE(!killedCertificates.empty() && std::filesystem::exists(killedCertificates));
+    killedCertificates = std::filesystem::path(sandbox.caFile).parent_path();
+    const std::size_t before = accepted.size();
+    std::vector<std::future<void>> clients;
+    for (int c = 0; c < 2; ++c) {
+      clients.push_back(std::async(std::launch::async, [&, c] {
+        auto client = sandbox.client();
+        const std::string token = client.login();
+        for (int n = 0;; ++n) {
+          const std::string record =
+              std::to_string(round) + "-" + std::to_string(c) + "-" + std::to_string(n);
+          if (client.upload(token, record, data).status != 200) return;
+          const std::lock_guard lock(mutex);
+          accepted.push_back(record);
+          stored.notify_all();
+        }
+      }));
+    }
+    {
+      std::unique_lock lock(mutex);
+      stored.wait(lock, [&] { return accepted.size() >= before + 3; });
+    }
+    EXPECT_EQ(sandbox.process.stop(SIGKILL), 128 + SIGKILL);
+    for (auto& client : clients) client.get();
+  }
+
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+  const auto single = [db](const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr);
+    const bool row = sqlite3_step(statement) == SQLITE_ROW;
+    std::string value = row ? reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)) : "";
+    sqlite3_finalize(statement);
+    return value;
+  };
+  EXPECT_EQ(single("PRAGMA integrity_check"), "ok");
+  for (const auto& record : accepted) {
+    EXPECT_EQ(single("SELECT accepted FROM uploads WHERE record_number = '" + record + "'"), "1")
+        << record;
+  }
+  sqlite3_close(db);
 }
 
 TEST(SandboxProcess, KeepsUploadsInItsDatabaseForInspect) {
@@ -128,8 +198,8 @@ TEST(SandboxProcess, TakesItsLimitsAndFaultRulesFromTheCommandLine) {
   EXPECT_EQ(unreadable.exitCode, 2);
   EXPECT_THAT(unreadable.errors, HasSubstr("\"upload:explode\""));
 
-  SandboxProcess sandbox({"--max-body", "2000", "--io-timeout", "1", "--fault",
-                          "upload:status=401*1", "--fault", "check:error=409/busy"});
+  SandboxProcess sandbox({"--max-body", "2000", "--io-timeout", "1", "--request-timeout", "2",
+                          "--fault", "upload:status=401*1", "--fault", "check:error=409/busy"});
   auto client = sandbox.client();
   const std::string token = client.login();
   EXPECT_EQ(summary(client.upload(token, "big", std::string(4000, 'A'))), "413 payload_too_large");
@@ -149,7 +219,12 @@ TEST(SandboxProcess, TakesItsLimitsAndFaultRulesFromTheCommandLine) {
   char byte;
   EXPECT_EQ(read(connection, &byte, 1), 0);
   close(connection);
+  // One that sends a byte of its headers every tenth of a second, never idle
+  // for the I/O timeout, is cut off once the request's time is up.
+  SlowLoris(sandbox.port, sandbox.caFile, "127.0.0.1", 1).awaitCut(1);
   EXPECT_FALSE(client.login().empty());
+  // Out of range, a limit is refused rather than wrapped around.
+  EXPECT_EQ(runTool({"sandbox", "--max-dataset", "18446744073709551615"}).exitCode, 2);
 }
 
 TEST(SandboxProcess, ExpiresEveryTokenAtOnceWithZeroLifetime) {

@@ -1,14 +1,22 @@
-// The sandbox run in-process, for what needs its internals: concurrency and
-// held requests.
+// The sandbox run in-process, for what needs its internals: concurrency,
+// held requests, hostile requests and slow clients.
+#include "PrintableText.hpp"
 #include "SandboxFixture.hpp"
 #include "SandboxServer.hpp"
 
+#include <tavrin/error.hpp>
+#include <tavrin/service.hpp>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <httplib.h>
 
 #include <future>
 
 namespace tavrin::testing_support {
 namespace {
+
+using namespace std::chrono_literals;
 
 TEST(SandboxServer, AcceptsOneOfManyConcurrentUploadsOfARecord) {
   sandbox::SandboxServer server(sandbox::SandboxOptions{});
@@ -55,6 +63,93 @@ TEST(SandboxServer, ReleasesAHeldRequestWhenStopped) {
   server.stop();
   // The held request ends without an answer the client could use as one.
   EXPECT_NE(reply.get().status, 200);
+}
+
+TEST(SandboxServer, RefusesOversizedAndMalformedRequestsWithAValidDocument) {
+  std::mutex mutex;
+  std::vector<std::string> logged;
+  sandbox::SandboxOptions options;
+  options.limits.maxUploadBody = 1 << 20;
+  options.limits.maxDatabaseSize = 300 << 10;
+  options.log = [&](const std::string& line) {
+    const std::lock_guard lock(mutex);
+    logged.push_back(line);
+  };
+  sandbox::SandboxServer server(std::move(options));
+  server.start();
+  SandboxClient client(server.port(), server.tlsFiles().authority);
+  const std::string token = client.login();
+  const std::string login = "/v4.0/account/tavrinLogin", upload = "/v4.0/datasets/upload";
+  const auto uploadOf = [](const std::string& record, const std::string& data) {
+    return nlohmann::json{{"recordNumber", record}, {"data", data}}.dump();
+  };
+  const struct {
+    const char* name;
+    std::string path, body;
+    bool chunked;
+    int status;
+    std::string title;
+  } requests[] = {
+      {"brackets in a login body", login, std::string(60 << 10, '['), false, 413,
+       "payload_too_large"},
+      {"a chunked login body", login, std::string(1 << 20, ' '), true, 413, "payload_too_large"},
+      {"a chunked upload body", upload, std::string(2 << 20, ' '), true, 413, "payload_too_large"},
+      {"a member named twice", login, R"({"authKey":"sandbox-key","authKey":"x"})", false, 400,
+       "request_malformed"},
+      {"a dataset that is not UTF-8", upload, uploadOf("utf8", encodePayload("[\"\xff\"]")), false,
+       400, "dataset_invalid"},
+      // Stored as received, the 8 MiB it inflates to stay out of the database.
+      {"a dataset that inflates 800 times", upload,
+       uploadOf("bomb", encodePayload(std::string(8 << 20, ' '))), false, 400, "dataset_invalid"},
+      {"an upload past the database's size limit", upload,
+       uploadOf("big", std::string(400 << 10, 'A')), false, 507, "storage_full"},
+  };
+  for (const auto& request : requests) {
+    SCOPED_TRACE(request.name);
+    const auto reply = client.postText(request.path, request.body, token, request.chunked);
+    EXPECT_EQ(reply.status, request.status) << reply.body;
+    EXPECT_EQ(reply.title(), request.title);  // a document of valid UTF-8, or no title
+  }
+  // A request line cannot add a line of its own to the log.
+  httplib::SSLClient raw("127.0.0.1", server.port());
+  raw.set_ca_cert_path(server.tlsFiles().authority.c_str());
+  EXPECT_EQ(raw.Get("/x%0D%0Asandbox:%20forged")->status, 404);
+  server.stop();
+  EXPECT_THAT(logged, testing::Contains(testing::HasSubstr(R"(/x\r\nsandbox: forged)")));
+  for (const auto& line : logged) EXPECT_EQ(sandbox::printable(line), line);
+}
+
+TEST(SandboxServer, SlowClientsFromOneAddressStarveNobody) {
+  sandbox::SandboxOptions options;
+  options.limits.maxConnectionsPerAddress = 8;
+  sandbox::SandboxServer server(std::move(options));
+  server.start();
+  // Sixteen connections sending a byte at a time: eight are served, eight
+  // wait for their address's turn.
+  SlowLoris loris(server.port(), server.tlsFiles().authority, "127.0.0.2", 16);
+  loris.awaitServed(8);
+
+  std::vector<std::future<std::string>> collections;
+  for (int i = 0; i < 8; ++i) {
+    collections.push_back(std::async(std::launch::async, [&server, i]() -> std::string {
+      ServiceOptions service;
+      service
+          .setPlatform(platform::loadDeviceProfile(TAVRIN_SOURCE_DIR
+                                                   "/examples/profiles/iphone-realistic.json"))
+          .setCaFile(server.tlsFiles().authority.string())
+          .setResolve({server.resolve()})
+          .setRequestTimeout(10s);
+      try {
+        return TavrinService(server.url(), "sandbox-key", service)
+            .collectData("normal-" + std::to_string(i));
+      } catch (const TavrinError& error) {
+        return errorTypeName(error.getErrorType());
+      }
+    }));
+  }
+  for (auto& collection : collections)
+    EXPECT_THAT(collection.get(), testing::StartsWith("accepted"));
+  EXPECT_EQ(loris.served(), 8);
 }
 
 }  // namespace

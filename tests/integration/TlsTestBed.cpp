@@ -13,7 +13,8 @@
 namespace tavrin::testing_support {
 
 TlsTestBed::TlsTestBed()
-    : tls(sandbox::makeTlsFiles(directory.path(), "api.tavrin.com")), server(tls) {}
+    : tls(sandbox::writeTlsFiles(sandbox::makeCertificates("api.tavrin.com"), directory.path())),
+      server(tls) {}
 
 ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
   ServiceOptions options;

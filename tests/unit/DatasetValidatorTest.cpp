@@ -1,6 +1,7 @@
 #include "../support/CodecTestData.hpp"
 
 #include "DatasetValidator.hpp"
+#include "PrintableText.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -56,8 +57,6 @@ class ChangedDocument : public testing::TestWithParam<json> {};
 TEST_P(ChangedDocument, GetsTheVerdictOfItsFirstProblem) {
   const json document = validDocument().patch(GetParam().at("patch"));
   const auto verdict = GetParam().at("verdict").get<std::string>();
-  EXPECT_EQ(DatasetValidator::validate(document).value_or("accepted"), verdict);
-  // Through the whole decoding the same verdict is given.
   EXPECT_EQ(DatasetValidator().decode(payload(document)).problem.value_or("accepted"), verdict);
 }
 
@@ -74,36 +73,55 @@ struct BadPayload {
 
 class MalformedPayload : public testing::TestWithParam<BadPayload> {};
 
-TEST_P(MalformedPayload, IsRefusedAtTheRightStage) {
+TEST_P(MalformedPayload, IsRefusedAtTheRightStageInShortPrintableText) {
   const auto decoded = DatasetValidator().decode(GetParam().text);
   ASSERT_FALSE(decoded.valid());
   EXPECT_EQ(decoded.problem->substr(0, GetParam().problem.size()), GetParam().problem)
       << *decoded.problem;
+  // The problem reaches logs and the error document: no raw bytes, no whole tokens.
+  EXPECT_EQ(printable(*decoded.problem), *decoded.problem);
+  EXPECT_LE(decoded.problem->size(), 300u);
+}
+
+// Many small objects: nlohmann's callback parser took minutes for this many.
+std::string manySmallObjects() {
+  std::string text = "[";
+  for (int i = 0; i < 200000; ++i) text += R"({"":0},)";
+  return text + "0]";
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Decoding, MalformedPayload,
-    testing::Values(BadPayload{"Empty", "", "payload: empty"},
-                    BadPayload{"LengthNotAMultipleOfFour",
-                               "QUJD=", "payload: not base64: its length 5 is not a multiple of 4"},
-                    BadPayload{"PaddingInside", "QQ==QUJD",
-                               "payload: not base64: character 3 is not in the base64 alphabet"},
-                    BadPayload{"NonZeroTrailingBits", "QR==",
-                               "payload: not base64: the bits after the last byte are not zero"},
-                    BadPayload{"ZlibContainer", base64Encode(*zip(bytesOf("[1,2,3]"))),
-                               "payload: not a raw DEFLATE stream ("},
-                    BadPayload{"Truncated",
-                               base64(rawDeflate(validDocument().dump()).substr(0, 400)),
-                               "payload: the DEFLATE stream ends before its last block"},
-                    BadPayload{"TrailingBytes", base64(rawDeflate("[]") + "xyz"),
-                               "payload: 3 bytes follow the end of the DEFLATE stream"},
-                    BadPayload{"NotJson", base64(rawDeflate("{not json")),
-                               "payload: not JSON: parse error at line 1, column 3"},
-                    BadPayload{"NestedTooDeep", base64(rawDeflate(std::string(100000, '['))),
-                               "payload: the JSON nests deeper than 32 levels"}),
+    testing::Values(
+        BadPayload{"Empty", "", "payload: empty"},
+        BadPayload{"LengthNotAMultipleOfFour",
+                   "QUJD=", "payload: not base64: its length 5 is not a multiple of 4"},
+        BadPayload{"PaddingInside", "QQ==QUJD",
+                   "payload: not base64: character 3 is not in the base64 alphabet"},
+        BadPayload{"NonZeroTrailingBits",
+                   "QR==", "payload: not base64: the bits after the last byte are not zero"},
+        BadPayload{"ZlibContainer", base64Encode(*zip(bytesOf("[1,2,3]"))),
+                   "payload: not a raw DEFLATE stream ("},
+        BadPayload{"Truncated", base64(rawDeflate(validDocument().dump()).substr(0, 400)),
+                   "payload: the DEFLATE stream ends before its last block"},
+        BadPayload{"TrailingBytes", base64(rawDeflate("[]") + "xyz"),
+                   "payload: 3 bytes follow the end of the DEFLATE stream"},
+        BadPayload{"NotJson", base64(rawDeflate("{not json")),
+                   "payload: not JSON: The JSON document has an improper structure"},
+        BadPayload{"NestedTooDeep", base64(rawDeflate(std::string(50, '[') + std::string(50, ']'))),
+                   "payload: the JSON nests deeper than 32 levels"},
+        BadPayload{"InvalidUtf8", base64(rawDeflate("[\"\xff\xfe\"]")),
+                   "payload: not JSON: The input is not valid UTF-8"},
+        BadPayload{"HugeNumber", base64(rawDeflate("[" + std::string(100000, '9') + "]")),
+                   "payload: not JSON: Problem while parsing a number"},
+        // Only the section objects are objects, each with one member.
+        BadPayload{"MemberTwice", base64(rawDeflate(R"([{"GeneralInfo":[],"GeneralInfo":[]}])")),
+                   R"(section 1: expected an object with the one member "GeneralInfo")"},
+        BadPayload{"ManySmallObjects", base64(rawDeflate(manySmallObjects())),
+                   R"(section 1: expected "GeneralInfo", got "")"}),
     caseName);
 
-TEST(DatasetValidator, StopsInflatingAtTheSizeLimit) {
+TEST(DatasetValidator, StopsAtItsSizeAndValueLimits) {
   // A small payload that inflates far beyond the limit is cut off there.
   const auto bomb =
       DatasetValidator(1u << 20).decode(base64(rawDeflate(std::string(8u << 20, ' '))));
@@ -114,6 +132,11 @@ TEST(DatasetValidator, StopsInflatingAtTheSizeLimit) {
   const std::string text = validDocument().dump();
   EXPECT_TRUE(DatasetValidator(text.size()).decode(base64(rawDeflate(text))).valid());
   EXPECT_FALSE(DatasetValidator(text.size() - 1).decode(base64(rawDeflate(text))).valid());
+  // The largest limit saturates rather than wrapping to 0 (which spun forever).
+  EXPECT_TRUE(DatasetValidator(SIZE_MAX).decode(base64(rawDeflate(text))).valid());
+  // The values are counted while parsing.
+  EXPECT_EQ(DatasetValidator(text.size(), 100).decode(base64(rawDeflate(text))).problem,
+            "payload: the dataset holds more than 100 values");
 }
 
 }  // namespace

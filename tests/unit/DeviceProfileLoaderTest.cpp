@@ -1,7 +1,8 @@
-// The loader: the example profiles, and a table of good and bad ones
-// (profile-loader/cases.json). Every shipped profile is read back by
-// DeviceProfileWriterTest; the published schema is checked against them by
-// tests/schema/check_profile_schema.py.
+// The loader: the example profiles, a table of good and bad ones
+// (profile-loader/cases.json), the files it refuses to read, and what it
+// prints. Every shipped profile is read back by DeviceProfileWriterTest; the
+// published schema is checked against them by tests/schema/check_profile_schema.py
+// and against the reader's members by DeviceProfileSchemaTest.
 
 #include "platform/profile/DeviceProfileReader.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
@@ -62,30 +63,51 @@ TEST(DeviceProfileLoader, FreshInstallIsUndecidedAndDeniesEveryPrompt) {
   }
 }
 
+// What a printed error may hold: valid UTF-8 without control characters.
+void expectPrintable(const std::string& text) {
+  EXPECT_NO_THROW((void)nlohmann::json(text).dump()) << "not UTF-8: " << text;
+  EXPECT_EQ(std::count_if(text.begin(), text.end(), [](char c) { return c >= 0 && c < 0x20; }), 0)
+      << text;
+}
+
 // Profiles at the edges of what is allowed, and past them. Each case has a name, the
 // profile's "text" as is or a "profile" value written out compactly (empty profiles,
 // mixed-case UUIDs, nested bundles, four-character codes and null devices are loaded by
-// ProfilePlatformTest) and, when the loader refuses it, the JSON "pointer" to the fault
-// and a part of the "reason".
+// ProfilePlatformTest), "limits" when it reads under smaller ones than a profile's and,
+// when the loader refuses it, the JSON "pointer" to the fault, a part of the "reason"
+// and the start of the text "printed" when that is not FILE: POINTER: REASON. What is
+// printed is short and printable whatever the profile holds.
 class ProfileCase : public testing::TestWithParam<Json> {};
 
 TEST_P(ProfileCase, IsLoadedOrFailsWithFilePointerAndReason) {
   const Json& c = GetParam();
   const std::string text =
       c.contains("text") ? c.at("text").get<std::string>() : c.at("profile").dump();
+  ProfileLimits limits;
+  for (const auto& [name, limit] : {std::pair{"bytes", &limits.bytes},
+                                    {"depth", &limits.depth},
+                                    {"values", &limits.values},
+                                    {"containers", &limits.containers},
+                                    {"eventRows", &limits.eventRows}}) {
+    if (c.contains("limits") && c["limits"].contains(name)) *limit = c["limits"][name];
+  }
   if (!c.contains("pointer")) {
-    EXPECT_NO_THROW(readDeviceProfile(text, "good.json"));
+    EXPECT_NO_THROW(readDeviceProfile(text, "good.json", limits));
     return;
   }
   try {
-    readDeviceProfile(text, "bad.json");
+    readDeviceProfile(text, "bad.json", limits);
     FAIL() << "loaded";
   } catch (const DeviceProfileError& error) {
     EXPECT_EQ(error.file(), "bad.json");
     EXPECT_EQ(error.pointer(), c.at("pointer").get<std::string>());
     EXPECT_NE(error.reason().find(c.at("reason").get<std::string>()), std::string::npos)
         << error.reason();
-    EXPECT_EQ(std::string(error.what()), "bad.json: " + error.pointer() + ": " + error.reason());
+    const std::string printed =
+        c.value("printed", "bad.json: " + (error.pointer().empty() ? "" : error.pointer() + ": "));
+    EXPECT_TRUE(std::string(error.what()).starts_with(printed)) << error.what();
+    EXPECT_LT(std::string(error.what()).size(), 512U);
+    expectPrintable(error.what());
   }
 }
 
@@ -111,15 +133,18 @@ TEST(DeviceProfileLoader, AcceptsEveryRawIntegerAndExactNumbers) {
   EXPECT_EQ(profile.permissions[2].status, 3);
 }
 
-// A file that cannot be read and one that is malformed both name the file by its path.
+// A file that cannot be read and one that is malformed both name the file by
+// its path. Devices and pipes are refused by ProfileCommandTest's DatasetCommand.
 TEST(DeviceProfileLoader, FileErrorsNameTheFile) {
-  const auto path = std::filesystem::temp_directory_path() / "tavrin-bad-profile.json";
-  std::ofstream(path) << R"({"location": {"headingAvailable": 1}})";
+  const auto directory = std::filesystem::temp_directory_path() / "tavrin-profile-files";
+  std::filesystem::create_directories(directory);
+  const auto bad = (directory / "bad.json").string();
+  std::ofstream(bad) << R"({"location": {"headingAvailable": 1}})";
   const std::string missing = examples + "no-such-profile.json";
   for (const auto& [file, start] :
-       {std::pair{missing, missing + ": : cannot read the file"},
-        std::pair{path.string(),
-                  path.string() + ": /location/headingAvailable: expected a boolean"}}) {
+       {std::pair{missing, missing + ": cannot read the file: No such file"},
+        {directory.string(), directory.string() + ": cannot read the file: it is a directory"},
+        {bad, bad + ": /location/headingAvailable: expected a boolean"}}) {
     try {
       loadDeviceProfile(file);
       ADD_FAILURE() << "loaded " << file;
@@ -127,7 +152,7 @@ TEST(DeviceProfileLoader, FileErrorsNameTheFile) {
       EXPECT_TRUE(std::string(error.what()).starts_with(start)) << error.what();
     }
   }
-  std::filesystem::remove(path);
+  std::filesystem::remove_all(directory);
 }
 
 }  // namespace

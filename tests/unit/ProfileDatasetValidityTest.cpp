@@ -7,7 +7,6 @@
 #include "dataset/JsonWriter.hpp"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -33,8 +32,8 @@ TEST_P(ProfileDataset, IsAcceptedByTheSandbox) {
   const auto device = platform::loadDeviceProfile(GetParam());
   DataExtractorManager manager(device);
   PermissionHeplper::requestPermissions(*device);
-  const auto document = nlohmann::json::parse(writeJson(manager.extractData()).view());
-  EXPECT_EQ(DatasetValidator::validate(document), std::nullopt);
+  EXPECT_EQ(DatasetValidator().check(std::string(writeJson(manager.extractData()).view())).problem,
+            std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryProfile, ProfileDataset, testing::ValuesIn(profileFiles()),

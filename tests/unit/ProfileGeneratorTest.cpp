@@ -64,9 +64,10 @@ TEST(ProfileGenerator, SectionsDoNotDependOnEachOthersSizes) {
   more.contacts = 60;
   more.events = 10;
   const auto a = ProfileGenerator(options).generate(), b = ProfileGenerator(more).generate();
-  EXPECT_TRUE(std::equal(
-      a.assets.begin(), a.assets.end(), b.assets.begin(), b.assets.end(),
-      [](const auto& x, const auto& y) { return x.localIdentifier == y.localIdentifier; }));
+  EXPECT_TRUE(std::equal(a.photos.assets.begin(), a.photos.assets.end(), b.photos.assets.begin(),
+                         b.photos.assets.end(), [](const auto& x, const auto& y) {
+                           return x.localIdentifier == y.localIdentifier;
+                         }));
   EXPECT_EQ(a.contacts.list[29].identifier, b.contacts.list[29].identifier);
   EXPECT_EQ((*a.reminders)[9].reminder.calendarItemIdentifier,
             (*b.reminders)[9].reminder.calendarItemIdentifier);
@@ -154,15 +155,17 @@ TEST(ProfileGenerator, HasAPhonesProportionsAndEdgeCases) {
     return std::any_of(list.begin(), list.end(), predicate);
   };
   const auto share = [&](auto predicate) {
-    return static_cast<double>(std::count_if(p.assets.begin(), p.assets.end(), predicate)) / 20000;
+    return static_cast<double>(
+               std::count_if(p.photos.assets.begin(), p.photos.assets.end(), predicate)) /
+           20000;
   };
   const auto ofType = [](std::int64_t type) {
     return [type](const Asset& a) { return a.mediaType == type; };
   };
   EXPECT_NEAR(share(ofType(MediaType::image)), 0.86, 0.02);
   EXPECT_NEAR(share(ofType(MediaType::video)), 0.10, 0.02);
-  EXPECT_TRUE(some(p.assets, ofType(MediaType::unknown)) &&
-              some(p.assets, ofType(MediaType::audio)));
+  EXPECT_TRUE(some(p.photos.assets, ofType(MediaType::unknown)) &&
+              some(p.photos.assets, ofType(MediaType::audio)));
   EXPECT_NEAR(share([](const Asset& a) { return !a.location; }), 1.0 / 3, 0.02);
 
   std::size_t predefined = 0, custom = 0, absent = 0, nonAscii = 0, blank = 0, lineBreak = 0;

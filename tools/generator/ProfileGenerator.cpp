@@ -270,12 +270,11 @@ void ProfileGenerator::device(DeviceProfile& profile) {
   for (auto& permission : profile.permissions) permission.status = AuthorizationStatus::authorized;
   profile.location = {true, true, true, true};
   profile.clock = ClockSetting{generatedClockStart, 0.001};
-  profile.draws = std::vector<std::uint32_t>{static_cast<std::uint32_t>(_options.seed % 180)};
+  profile.random = RandomSetting{{static_cast<std::uint32_t>(_options.seed % 180)}};
 }
 
 void ProfileGenerator::contacts(DeviceProfile& profile) {
   GeneratorRandom random(_options.seed, contactStream);
-  profile.contacts.failureMessage = "The operation couldn't be completed.";
   profile.contacts.list.reserve(_options.contacts);
   for (std::size_t i = 0; i < _options.contacts; ++i) {
     profile.contacts.list.push_back(contact(random));
@@ -440,11 +439,11 @@ void ProfileGenerator::calendars(DeviceProfile& profile) {
   const auto reminderLists =
       std::max((_options.calendars + 1) / 2, std::size_t{_options.reminders > 0});
   for (std::size_t i = 0; i < eventCalendars; ++i) {
-    profile.eventCalendars.push_back(
+    profile.calendars.events.push_back(
         make(i == 0 ? kinds[0] : kinds[weighted(random, kindWeights)]));
   }
   for (std::size_t i = 0; i < reminderLists; ++i) {
-    profile.reminderCalendars.push_back(make(kinds[random.chance(0.8) ? 0 : 1]));
+    profile.calendars.reminders.push_back(make(kinds[random.chance(0.8) ? 0 : 1]));
   }
 }
 
@@ -481,7 +480,7 @@ void ProfileGenerator::events(DeviceProfile& profile) {
     ProfileEvent p;
     auto& e = p.event;
     p.calendarIdentifier =
-        random.pick(std::span<const Calendar>(profile.eventCalendars)).calendarIdentifier;
+        random.pick(std::span<const Calendar>(profile.calendars.events)).calendarIdentifier;
     e.calendarItemIdentifier = random.uuid();
     if (!random.chance(0.01)) e.eventIdentifier = p.calendarIdentifier + ':' + random.uuid();
     static constexpr std::int64_t availabilities[] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 2, -1};
@@ -594,7 +593,7 @@ void ProfileGenerator::reminders(DeviceProfile& profile) {
     ProfileReminder p;
     auto& r = p.reminder;
     p.calendarIdentifier =
-        random.pick(std::span<const Calendar>(profile.reminderCalendars)).calendarIdentifier;
+        random.pick(std::span<const Calendar>(profile.calendars.reminders)).calendarIdentifier;
     r.calendarItemIdentifier = random.uuid();
     if (random.chance(0.2)) r.startDate = aroundNow(year);
     if (random.chance(0.55)) r.dueDate = aroundNow(year);
@@ -645,7 +644,7 @@ void ProfileGenerator::assets(DeviceProfile& profile) {
   static constexpr std::uint64_t sourceTypes[] = {1, 2, 4};
   static constexpr double sourceWeights[] = {0.93, 0.04, 0.03};
 
-  profile.assets.reserve(_options.assets);
+  profile.photos.assets.reserve(_options.assets);
   for (std::size_t i = 0; i < _options.assets; ++i) {
     Asset a;
     a.localIdentifier = random.uuid() + "/L0/001";
@@ -679,21 +678,21 @@ void ProfileGenerator::assets(DeviceProfile& profile) {
     }
     a.isFavorite = random.chance(0.05);
     a.isHidden = random.chance(0.01);
-    profile.assets.push_back(std::move(a));
+    profile.photos.assets.push_back(std::move(a));
   }
 }
 
 void ProfileGenerator::collections(DeviceProfile& profile) {
   GeneratorRandom random(_options.seed, collectionStream);
-  const auto assetCount = profile.assets.size();
+  const auto assetCount = profile.photos.assets.size();
   // `count` assets in a row from a random start: an album's members.
   const auto members = [&](std::size_t count) {
-    std::vector<std::string> ids;
+    IdentifierList ids;
     if (assetCount == 0) return ids;
     count = std::min(count, assetCount);
     const auto first = static_cast<std::size_t>(random.below(assetCount));
     for (std::size_t k = 0; k < count; ++k) {
-      ids.push_back(profile.assets[(first + k) % assetCount].localIdentifier);
+      ids.append(profile.photos.assets[(first + k) % assetCount].localIdentifier);
     }
     return ids;
   };
@@ -727,7 +726,7 @@ void ProfileGenerator::collections(DeviceProfile& profile) {
       const auto first = moment * assetCount / moments, last = (moment + 1) * assetCount / moments;
       ++moment;
       for (auto k = first; k < last; ++k) {
-        p.assetIdentifiers.push_back(profile.assets[k].localIdentifier);
+        p.assetIdentifiers.append(profile.photos.assets[k].localIdentifier);
       }
       c.startDate = withFraction(random, generatedClockStart - random.unit() * 8 * year);
       c.endDate = *c.startDate + random.unit() * 3 * day;
@@ -741,7 +740,7 @@ void ProfileGenerator::collections(DeviceProfile& profile) {
         }
       }
     }
-    profile.collections.push_back(std::move(p));
+    profile.photos.collections.push_back(std::move(p));
   }
 }
 

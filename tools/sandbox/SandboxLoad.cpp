@@ -120,7 +120,7 @@ LoadResult runSandboxLoad(const SandboxServer& server, const std::string& authKe
 }
 
 LoadVerdict verifyLoad(const LoadResult& result, const SandboxStore& store,
-                       const std::vector<std::string>& jsons) {
+                       const std::vector<std::string>& payloads) {
   LoadVerdict verdict;
   for (const auto& outcome : result.outcomes) {
     const std::string what = outcome.recordNumber + ": ";
@@ -128,7 +128,7 @@ LoadVerdict verifyLoad(const LoadResult& result, const SandboxStore& store,
       case LoadOutcome::Kind::accepted: {
         ++verdict.accepted;
         const auto stored = store.find(outcome.recordNumber);
-        if (stored && stored->accepted && stored->decoded.json == jsons[outcome.payload]) {
+        if (stored && stored->accepted && stored->payload == payloads[outcome.payload]) {
           ++verdict.storedAsSent;
         } else {
           verdict.problems.push_back(what + "accepted but not stored as sent");

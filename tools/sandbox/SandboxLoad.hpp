@@ -65,11 +65,11 @@ struct LoadVerdict {
   std::vector<std::string> problems;               // every outcome that does not hold up
 };
 
-// Reads every accepted upload back from the store and compares its JSON with
-// the one its payload carries (`jsons[i]` for `payloads[i]`); checks that each
-// refusal has its reason: the check's answer, or the problem the store noted
-// for a corrupted upload; and lists every failure.
+// Reads every accepted upload back from the store and compares its payload
+// with the one sent (`payloads[i]`); checks that each refusal has its reason:
+// the check's answer, or the problem the store noted for a corrupted upload;
+// and lists every failure.
 LoadVerdict verifyLoad(const LoadResult& result, const SandboxStore& store,
-                       const std::vector<std::string>& jsons);
+                       const std::vector<std::string>& payloads);
 
 }  // namespace tavrin::sandbox

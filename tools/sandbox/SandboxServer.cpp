@@ -1,154 +1,115 @@
 #include "SandboxServer.hpp"
 
+#include "PrintableText.hpp"
+#include "RandomHex.hpp"
+#include "TlsListener.hpp"
+#include "TlsStream.hpp"
 #include "collection/StatusResource.hpp"
 
 #include <httplib.h>
-#include <openssl/rand.h>
-#include <openssl/ssl.h>
+
 #include <poll.h>
-#include <sys/socket.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
-#include <stdexcept>
+#include <cstdint>
 
 namespace tavrin::sandbox {
 
 namespace {
 
-using nlohmann::json;
+using Clock = StopSignal::Clock;
 
 // Marks the responses the exchanges make, so that the error handler only
-// fills in those the HTTP layer made itself (404, 413, ...).
+// fills in those the HTTP layer made itself (404, 400, ...).
 constexpr const char* exchangeHeader = "X-Sandbox-Exchange";
-// The code word of a refused dataset: one the client does not know, so that
-// it reports the refusal by status alone.
-constexpr std::string_view datasetInvalid = "dataset_invalid";
-constexpr std::string_view requestMalformed = "request_malformed";
-
-// Every answer carries an id under this header, which the sandbox's log
-// names too, so that a client's report can be matched to the log line.
+// A log line longer than this is cut.
+constexpr std::size_t logLineLimit = 2000;
+// Bounds the permits: requests processed at once, and those stop() releases
+// (at most one waits on each open connection).
+constexpr std::size_t maxPermits = std::size_t{1} << 20;
+// Every answer carries an id under this header, which ends the sandbox's log
+// line for the request too, so that a client's report leads to the line.
 constexpr const char* requestIdHeader = "X-Request-Id";
 // What a dripping answer sends before its body, one byte a second: a minute
 // of blanks, which a JSON reader skips.
 constexpr std::size_t dripPadding = 60;
 
-std::string errorDocument(std::string_view title, std::string_view detail) {
-  return json{{"title", title}, {"detail", detail}}.dump();
-}
-
-// `count` random bytes as lower-case hex digits.
-std::string randomHex(std::size_t count) {
-  std::vector<unsigned char> random(count);
-  if (RAND_bytes(random.data(), static_cast<int>(count)) != 1) {
-    throw std::runtime_error("no random bytes");
-  }
-  static constexpr char hex[] = "0123456789abcdef";
-  std::string text;
-  for (unsigned char byte : random) {
-    text += hex[byte >> 4];
-    text += hex[byte & 0xF];
-  }
-  return text;
-}
-
-// Gives the response a new request id, once; returns it.
+// Gives the response a new request id; returns it as the log shows it.
 std::string stampRequestId(httplib::Response& response) {
-  if (!response.has_header(requestIdHeader)) response.set_header(requestIdHeader, randomHex(8));
-  return response.get_header_value(requestIdHeader);
+  std::string id = randomHex(8);
+  response.set_header(requestIdHeader, id);
+  return " (request " + id + ")";
+}
+
+void setAnswer(httplib::Response& response, const Answer& answer, std::string_view marker) {
+  response.status = answer.status;
+  response.set_header(exchangeHeader, std::string(marker));
+  if (!answer.body.empty() && !answer.drip) response.set_content(answer.body, "application/json");
 }
 
 }  // namespace
 
-struct SandboxServer::Answer {
-  int status = 200;
-  std::string body;  // JSON text; empty for a bare answer
-  std::string note;  // what the log says about it
-  bool drop = false;
-  bool stall = false;
-  bool drip = false;
-
-  static Answer error(int status, std::string_view title, std::string_view detail,
-                      std::string note = {}) {
-    return {status, errorDocument(title, detail),
-            note.empty() ? std::string(title) + ": " + std::string(detail) : std::move(note)};
+// The HTTP layer: reads requests from a connection, routes them to the
+// handlers and writes their answers.
+class HttpRouter : public httplib::Server {
+ public:
+  // Serves one request; false when the connection is to end.
+  bool serveRequest(TlsStream& stream) {
+    bool closed = false;
+    const bool served =
+        process_request(stream, false, closed,
+                        [&stream](httplib::Request& request) { request.ssl = stream.ssl(); });
+    return served && !closed && !stream.finished();
   }
-  static Answer malformed(std::string_view detail) { return error(400, requestMalformed, detail); }
 };
-
-SandboxServer::OwnedDirectory::~OwnedDirectory() {
-  if (!path.empty()) {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-}
-
-TlsFiles SandboxServer::prepareTlsFiles(const SandboxOptions& options, OwnedDirectory& temporary) {
-  if (options.tlsFiles) return *options.tlsFiles;
-  std::filesystem::path directory = options.certificateDirectory;
-  if (directory.empty()) {
-    std::string pattern =
-        (std::filesystem::temp_directory_path() / "tavrin-sandbox-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("cannot make a temporary directory for the sandbox's certificates");
-    }
-    temporary.path = directory = pattern;
-  }
-  return makeTlsFiles(directory, options.hostName);
-}
 
 SandboxServer::SandboxServer(SandboxOptions options)
     : _options(std::move(options)),
-      _tlsFiles(prepareTlsFiles(_options, _temporaryDirectory)),
-      _store(_options.database),
-      _validator(_options.maxDatasetSize),
-      _faults(_options.faults) {
+      _store(_options.database, {_options.limits.busyTimeout, _options.limits.maxDatabaseSize},
+             false, &_stop.flag()),
+      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues, &_stop.flag()),
+      _exchanges(_options, _store, _validator),
+      _permits(static_cast<std::ptrdiff_t>(
+          std::clamp<std::size_t>(_options.limits.threads, 1, maxPermits))),
+      _router(std::make_unique<HttpRouter>()) {
   // A client that goes away while its answer is written must not end the
   // process; the write fails and the connection is closed instead.
   std::signal(SIGPIPE, SIG_IGN);
-
-  _server = std::make_unique<httplib::SSLServer>(_tlsFiles.certificate.c_str(),
-                                                 _tlsFiles.privateKey.c_str());
-  if (!_server->is_valid()) {
-    throw std::runtime_error("cannot serve TLS with " + _tlsFiles.certificate.string() + " and " +
-                             _tlsFiles.privateKey.string());
-  }
-  const auto threads = std::max<std::size_t>(_options.threads, 1);
-  _server->new_task_queue = [threads] { return new httplib::ThreadPool(threads); };
-  _server->set_read_timeout(_options.ioTimeout);
-  _server->set_write_timeout(_options.ioTimeout);
-  _server->set_keep_alive_timeout(_options.idleTimeout.count());
-  _server->set_payload_max_length(_options.maxBodySize);
+  prepareTls();
 
   const auto route = [this](Exchange exchange) {
-    return [this, exchange](const httplib::Request& request, httplib::Response& response) {
-      serve(exchange, request, response);
+    return [this, exchange](const httplib::Request& request, httplib::Response& response,
+                            const httplib::ContentReader& content) {
+      this->route(exchange, request, response, content);
     };
   };
-  _server->Post("/v4.0/account/tavrinLogin", route(Exchange::login));
-  _server->Post("/v4.0/datasets/recordNumber/checkuniqueness", route(Exchange::check));
-  _server->Post("/v4.0/datasets/upload", route(Exchange::upload));
+  _router->Post("/v4.0/account/tavrinLogin", route(Exchange::login));
+  _router->Post("/v4.0/datasets/recordNumber/checkuniqueness", route(Exchange::check));
+  _router->Post("/v4.0/datasets/upload", route(Exchange::upload));
+  // Any other body is never read: the connection ends after the 404.
+  _router->Post(".*", [](const httplib::Request& request, httplib::Response& response,
+                         const httplib::ContentReader&) {
+    TlsStream::of(request).finish();
+    response.status = 404;
+  });
 
-  _server->set_error_handler(httplib::Server::HandlerWithResponse(
+  // What the answers tell clients about kept-alive connections.
+  _router->set_keep_alive_timeout(_options.limits.idleTimeout.count());
+  _router->set_error_handler(httplib::Server::HandlerWithResponse(
       [this](const httplib::Request& request, httplib::Response& response) {
         if (response.has_header(exchangeHeader)) return httplib::Server::HandlerResponse::Unhandled;
-        std::string title = "request_failed";
-        std::string detail = "status " + std::to_string(response.status);
-        if (response.status == 404) {
-          title = StatusResource::requestNotFound;
-          detail = "no exchange at " + request.method + " " + request.path;
-        } else if (response.status == 413) {
-          title = "payload_too_large";
-          detail = "the request body exceeds " + std::to_string(_options.maxBodySize) + " bytes";
-        }
-        log(request.method + " " + request.path + " " + std::to_string(response.status) + " " +
-            title + ": " + detail + " (request " + stampRequestId(response) + ")");
-        response.set_content(errorDocument(title, detail), "application/json");
+        const bool notFound = response.status == 404;
+        const auto answer = Answer::error(
+            response.status, notFound ? StatusResource::requestNotFound : "request_failed",
+            notFound ? "no exchange at " + request.method + " " + printable(request.path, 200)
+                     : "status " + std::to_string(response.status));
+        log(request.method + " " + request.path + " " + std::to_string(answer.status) + " " +
+            answer.note + stampRequestId(response));
+        response.set_content(answer.body, "application/json");
         return httplib::Server::HandlerResponse::Handled;
       }));
-  _server->set_exception_handler([this](const httplib::Request& request,
+  _router->set_exception_handler([this](const httplib::Request& request,
                                         httplib::Response& response, std::exception_ptr failure) {
     std::string what = "unknown failure";
     try {
@@ -157,46 +118,45 @@ SandboxServer::SandboxServer(SandboxOptions options)
       what = error.what();
     } catch (...) {
     }
-    log(request.path + " 500 sandbox failure: " + what + " (request " + stampRequestId(response) +
-        ")");
-    response.status = 500;
-    response.set_header(exchangeHeader, "failure");
-    response.set_content(errorDocument("sandbox_failure", what), "application/json");
+    const auto answer = Answer::error(500, "sandbox_failure", what);
+    log(request.path + " 500 " + answer.note + stampRequestId(response));
+    setAnswer(response, answer, "failure");
   });
 
-  // The library listens with a backlog of 5, which drops the connections of
-  // a burst of clients; the listening socket is noted here to widen it.
-  _server->set_socket_options([this](socket_t socket) {
-    httplib::default_socket_options(socket);
-    _listeningSocket = socket;
-  });
-  _port = _options.port == 0 ? _server->bind_to_any_port(_options.bindAddress)
-          : _server->bind_to_port(_options.bindAddress, _options.port) ? _options.port
-                                                                       : -1;
-  if (_port <= 0) {
-    throw std::runtime_error("cannot listen on " + _options.bindAddress + ":" +
-                             std::to_string(_options.port));
-  }
-  listen(_listeningSocket, SOMAXCONN);
+  _listener = std::make_unique<TlsListener>(
+      _options.bindAddress, _options.port, _served.certificate, _served.privateKey, _options.limits,
+      _stop, [this](TlsStream& stream) { serveConnection(stream); },
+      [this](const std::string& line) { log(line); });
+  _port = _listener->port();
 }
 
 SandboxServer::~SandboxServer() { stop(); }
 
-void SandboxServer::start() {
-  if (_thread.joinable()) return;
-  _thread = std::thread([this] {
-    _server->listen_after_bind();
-    _listenEnded = true;
-  });
-  // The port already accepts connections; wait only until the loop runs, so
-  // that stop() can end it. This takes a few microseconds.
-  while (!_server->is_running() && !_listenEnded) std::this_thread::yield();
+void SandboxServer::prepareTls() {
+  if (_options.tlsFiles) {
+    _tlsFiles = *_options.tlsFiles;
+    _served = {{}, readPem(_tlsFiles.certificate), readPem(_tlsFiles.privateKey)};
+    return;
+  }
+  _served = makeCertificates(_options.hostName);
+  if (!_options.certificateDirectory.empty()) {
+    _tlsFiles = writeTlsFiles(_served, _options.certificateDirectory);
+    return;
+  }
+  // A client needs the authority alone; the key stays in memory.
+  _temporaryDirectory.emplace();
+  _tlsFiles.authority = _temporaryDirectory->path() / "ca.pem";
+  writePem(_tlsFiles.authority, _served.authority);
 }
 
+void SandboxServer::start() { _listener->start(); }
+
 void SandboxServer::stop() {
-  _stopping = true;
-  _server->stop();
-  if (_thread.joinable()) _thread.join();
+  _stop.raise();
+  // Requests waiting for their turn go on, to answer that the sandbox stops.
+  _permits.release(static_cast<std::ptrdiff_t>(
+      std::min<std::size_t>(_options.limits.maxConnections, maxPermits)));
+  _listener->join();
 }
 
 std::string SandboxServer::url() const {
@@ -212,212 +172,102 @@ std::string SandboxServer::clientOptions() const {
          _tlsFiles.authority.string();
 }
 
-ExchangeCounts SandboxServer::counts() const {
-  const std::lock_guard lock(_mutex);
-  return _counts;
-}
-
-void SandboxServer::addFault(FaultRule rule) {
-  const std::lock_guard lock(_mutex);
-  _faults.push_back(std::move(rule));
-}
-
-std::chrono::steady_clock::time_point SandboxServer::now() const {
-  return _options.clock ? _options.clock() : std::chrono::steady_clock::now();
-}
-
 void SandboxServer::log(const std::string& line) {
   if (!_options.log) return;
+  // Whatever a client sent stays on one line of printable text.
+  const std::string shown = printable(line, logLineLimit);
   const std::lock_guard lock(_logMutex);
-  _options.log(line);
+  _options.log(shown);
 }
 
-void SandboxServer::serve(Exchange exchange, const httplib::Request& request,
-                          httplib::Response& response) {
-  {
-    const std::lock_guard lock(_mutex);
-    ++(exchange == Exchange::login   ? _counts.logins
-       : exchange == Exchange::check ? _counts.checks
-                                     : _counts.uploads);
+void SandboxServer::serveConnection(TlsStream& stream) {
+  const auto& limits = _options.limits;
+  while (_router->serveRequest(stream) && stream.awaitRequest(limits.idleTimeout)) {
+    stream.beginRequest(Clock::now() + limits.requestTimeout, limits.maxRequestHead);
   }
+}
+
+void SandboxServer::route(Exchange exchange, const httplib::Request& request,
+                          httplib::Response& response, const httplib::ContentReader& content) {
+  const auto& limits = _options.limits;
   Answer answer;
-  const auto rule = takeFault(exchange);
-  const bool dripping = rule && rule->action == FaultRule::Action::drip;
-  if (rule && !dripping) {
-    answer = injected(*rule, request);
-  } else if (exchange == Exchange::login) {
-    answer = login(request);
-  } else if (!authorized(request)) {
-    answer = {401, {}, "bare 401: no valid token"};
-  } else {
-    answer = exchange == Exchange::check ? check(request) : upload(request);
+  if (const auto body = readBody(
+          request, content,
+          exchange == Exchange::upload ? limits.maxUploadBody : limits.maxSmallBody, answer)) {
+    answer = process(exchange, *body, request);
   }
-  if (dripping) {
-    answer.drip = true;
-    answer.note = "fault " + rule->text + ", then " + answer.note;
-  }
+  const bool answered = !answer.drop && !answer.stall;
   log(std::string(exchangeName(exchange)) + " " +
-      (answer.drop || answer.stall ? std::string("no answer") : std::to_string(answer.status)) +
-      " " + answer.note + " (request " + stampRequestId(response) + ")");
-
-  const int socket = request.ssl ? SSL_get_fd(request.ssl) : -1;
-  if (answer.drop && socket >= 0) {
-    // Nothing has been written yet; shutting the socket down ends the
-    // connection before any answer, and the write that follows fails.
-    shutdown(socket, SHUT_RDWR);
-  }
-  if (answer.stall && socket >= 0) {
-    // Hold the request until the client hangs up or the sandbox stops.
-    pollfd hangUp{socket, POLLRDHUP, 0};
-    while (!_stopping && poll(&hangUp, 1, 100) == 0) {
-    }
-  }
-  response.status = answer.status;
-  response.set_header(exchangeHeader, std::string(exchangeName(exchange)));
-  if (answer.drip) {
-    drip(response, std::string(dripPadding, ' ') + answer.body);
-  } else if (!answer.body.empty()) {
-    response.set_content(answer.body, "application/json");
-  }
+      (answered ? std::to_string(answer.status) : std::string("no answer")) + " " + answer.note +
+      stampRequestId(response));
+  TlsStream& stream = TlsStream::of(request);
+  if (answer.drop) stream.drop();
+  if (answer.stall) stream.holdUntilHangUp();
+  setAnswer(response, answer, exchangeName(exchange));
+  if (answer.drip) drip(response, stream, std::string(dripPadding, ' ') + answer.body);
 }
 
-void SandboxServer::drip(httplib::Response& response, std::string text) {
+void SandboxServer::drip(httplib::Response& response, TlsStream& stream, std::string text) {
   response.set_chunked_content_provider(
-      "application/json", [this, text = std::move(text), sent = std::size_t{0}](
+      "application/json", [this, &stream, text = std::move(text), sent = std::size_t{0}](
                               std::size_t, httplib::DataSink& sink) mutable {
-        // A second between bytes, in slices, so that stop() is not held up.
-        for (int slice = 0; sent > 0 && slice < 10 && !_stopping; ++slice) {
-          std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        if (sent == text.size() || _stopping) {
+        if (sent == text.size()) {
           sink.done();
           return true;
+        }
+        // A second between bytes; a client that hangs up, or stop(), ends the answer.
+        if (sent > 0 &&
+            _stop.wait(stream.socket(), POLLRDHUP, Clock::now() + std::chrono::seconds(1)) !=
+                StopSignal::Wait::timedOut) {
+          return false;
         }
         return sink.write(text.data() + sent++, 1);
       });
 }
 
-std::optional<FaultRule> SandboxServer::takeFault(Exchange exchange) {
-  const std::lock_guard lock(_mutex);
-  const auto rule = std::find_if(_faults.begin(), _faults.end(),
-                                 [exchange](const FaultRule& r) { return r.matches(exchange); });
-  if (rule == _faults.end()) return std::nullopt;
-  FaultRule taken = *rule;
-  if (rule->times && --*rule->times == 0) _faults.erase(rule);
-  return taken;
-}
-
-SandboxServer::Answer SandboxServer::injected(const FaultRule& rule, const httplib::Request&) {
-  const std::string note = "fault " + rule.text;
-  switch (rule.action) {
-    case FaultRule::Action::status: return {rule.status, {}, note};
-    case FaultRule::Action::error: return Answer::error(rule.status, rule.title, rule.detail, note);
-    case FaultRule::Action::body: return {rule.status, rule.body, note};
-    case FaultRule::Action::numericMember:
-      return {200,
-              json{{"token_type", _options.tokenType},
-                   {"access_token", issueToken()},
-                   {"expires_in", _options.tokenLifetime.count()}}
-                  .dump(),
-              note};
-    case FaultRule::Action::drop: return {500, {}, note, true, false};
-    case FaultRule::Action::stall: return {503, {}, note, false, true};
-    case FaultRule::Action::drip: break;  // the normal answer, which serve() makes
-  }
-  return {500, {}, note};
-}
-
-namespace {
-
-// The request's body as a JSON object whose listed members are all strings.
-std::optional<json> requestObject(const httplib::Request& request,
-                                  std::initializer_list<const char*> members,
-                                  std::string& problem) {
-  json body = json::parse(request.body, nullptr, false);
-  if (body.is_discarded() || !body.is_object()) {
-    problem = "the body must be a JSON object";
+std::optional<std::string> SandboxServer::readBody(const httplib::Request& request,
+                                                   const httplib::ContentReader& content,
+                                                   std::size_t cap, Answer& refusal) {
+  TlsStream& stream = TlsStream::of(request);
+  const auto refuse = [&](int status, std::string_view title, const std::string& detail) {
+    stream.finish();  // the rest of the body is never read
+    refusal = Answer::error(status, title, detail);
     return std::nullopt;
+  };
+  const auto tooLarge = [&] {
+    return refuse(413, "payload_too_large",
+                  "the request body exceeds " + std::to_string(cap) + " bytes");
+  };
+  if (request.has_header("Content-Length") &&
+      request.get_header_value<std::uint64_t>("Content-Length") > cap) {
+    return tooLarge();
   }
-  for (const char* member : members) {
-    if (!body.contains(member) || !body[member].is_string()) {
-      problem = std::string("the member \"") + member + "\" must be a string";
-      return std::nullopt;
-    }
+  // On the wire the body may take up to twice its size, for chunk framing.
+  stream.allow(cap < SIZE_MAX / 4 ? 2 * cap + _options.limits.maxRequestHead : SIZE_MAX);
+  std::string body;
+  bool over = false;
+  const bool complete = content([&](const char* data, std::size_t size) {
+    over = size > cap - body.size();
+    if (!over) body.append(data, size);
+    return !over;
+  });
+  if (over || stream.overBudget()) return tooLarge();
+  if (!complete) {
+    return refuse(408, "request_timeout",
+                  "the request did not arrive whole within " +
+                      std::to_string(_options.limits.requestTimeout.count()) + " s");
   }
   return body;
 }
 
-}  // namespace
-
-SandboxServer::Answer SandboxServer::login(const httplib::Request& request) {
-  std::string problem;
-  const auto body = requestObject(request, {"authKey"}, problem);
-  if (!body) return Answer::malformed(problem);
-  const auto& key = (*body)["authKey"].get_ref<const std::string&>();
-  if (std::find(_options.authKeys.begin(), _options.authKeys.end(), key) ==
-      _options.authKeys.end()) {
-    return Answer::error(401, StatusResource::authKeyInvalid, "Authentication key is invalid");
-  }
-  return {200, json{{"token_type", _options.tokenType}, {"access_token", issueToken()}}.dump(),
-          "token issued"};
-}
-
-bool SandboxServer::authorized(const httplib::Request& request) {
-  const std::string header = request.get_header_value("Authorization");
-  const std::string prefix = _options.tokenType + " ";
-  if (!header.starts_with(prefix)) return false;
-  const std::lock_guard lock(_mutex);
-  const auto token = _tokens.find(header.substr(prefix.size()));
-  return token != _tokens.end() && now() < token->second;
-}
-
-std::string SandboxServer::issueToken() {
-  std::string token = randomHex(24);
-  const auto issued = now();
-  const std::lock_guard lock(_mutex);
-  std::erase_if(_tokens, [issued](const auto& entry) { return entry.second <= issued; });
-  _tokens.emplace(token, issued + _options.tokenLifetime);
-  return token;
-}
-
-SandboxServer::Answer SandboxServer::check(const httplib::Request& request) {
-  std::string problem;
-  const auto body = requestObject(request, {"recordNumber"}, problem);
-  if (!body) return Answer::malformed(problem);
-  const auto& record = (*body)["recordNumber"].get_ref<const std::string&>();
-  if (record.empty()) {
-    return Answer::error(400, StatusResource::recordNumberRequired, "Record number is required");
-  }
-  const bool unique = !_store.isTaken(record);
-  return {200, unique ? "true" : "false",
-          "record " + json(record).dump() + (unique ? " is unique" : " is taken")};
-}
-
-SandboxServer::Answer SandboxServer::upload(const httplib::Request& request) {
-  std::string problem;
-  const auto body = requestObject(request, {"recordNumber", "data"}, problem);
-  if (!body) return Answer::malformed(problem);
-  const auto& record = (*body)["recordNumber"].get_ref<const std::string&>();
-  const auto& data = (*body)["data"].get_ref<const std::string&>();
-  const std::string named = "record " + json(record).dump();
-  const auto notUnique = [&] {
-    return Answer::error(400, StatusResource::recordNumberNotUnique, "Record number is not unique",
-                         named + ": record_number_not_unique");
-  };
-  if (record.empty()) {
-    return Answer::error(400, StatusResource::recordNumberRequired, "Record number is required");
-  }
-  if (_store.isTaken(record)) return notUnique();
-  const DecodedPayload decoded = _validator.decode(data);
-  const auto id = _store.record(record, data, decoded);
-  if (!id) return notUnique();
-  if (!decoded.valid()) {
-    return Answer::error(400, datasetInvalid, *decoded.problem,
-                         named + ": " + std::string(datasetInvalid) + ": " + *decoded.problem);
-  }
-  return {200, json("accepted " + named + " as upload " + std::to_string(*id)).dump(),
-          named + " accepted as upload " + std::to_string(*id) + " (" +
-              std::to_string(decoded.jsonSize) + " bytes of JSON)"};
+Answer SandboxServer::process(Exchange exchange, const std::string& body,
+                              const httplib::Request& request) {
+  // Decoding, validating and storing take memory and time: only so many at once.
+  _permits.acquire();
+  const std::unique_ptr<std::counting_semaphore<>, void (*)(std::counting_semaphore<>*)> permit(
+      &_permits, [](std::counting_semaphore<>* permits) { permits->release(); });
+  if (_stop.raised()) return Answer::error(503, "sandbox_stopping", "the sandbox is stopping");
+  return _exchanges.answer(exchange, body, request.get_header_value("Authorization"));
 }
 
 }  // namespace tavrin::sandbox

@@ -2,19 +2,22 @@
 
 #include <sqlite3.h>
 
-#include <stdexcept>
+#include <algorithm>
+#include <thread>
 
 namespace tavrin::sandbox {
 
 namespace {
 
+// Uploads keep their payload as received; the inflated JSON, up to a thousand
+// times larger, is not stored. (Databases of earlier versions have a "dataset"
+// column, which is left empty.)
 constexpr const char* schema = R"sql(
 CREATE TABLE IF NOT EXISTS uploads (
   id INTEGER PRIMARY KEY,
   record_number TEXT NOT NULL,
   received_at TEXT NOT NULL DEFAULT (strftime('%Y-%m-%dT%H:%M:%fZ', 'now')),
   payload TEXT NOT NULL,
-  dataset TEXT,
   base64_size INTEGER NOT NULL,
   deflate_size INTEGER NOT NULL,
   json_size INTEGER NOT NULL,
@@ -38,16 +41,27 @@ constexpr std::string_view validVerdict = "valid";
 using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 
 [[noreturn]] void fail(sqlite3* db, const std::string& what) {
-  throw std::runtime_error(what + ": " + sqlite3_errmsg(db));
+  const int code = sqlite3_errcode(db);
+  const auto kind = code == SQLITE_BUSY || code == SQLITE_LOCKED ? StoreError::Kind::busy
+                    : code == SQLITE_FULL                        ? StoreError::Kind::full
+                                                                 : StoreError::Kind::failed;
+  throw StoreError(kind, what + ": " + sqlite3_errmsg(db));
 }
 
 Statement prepare(sqlite3* db, std::string_view sql) {
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &statement, nullptr) !=
       SQLITE_OK) {
-    fail(db, "sandbox database");
+    fail(db, "cannot prepare a statement");
   }
   return {statement, sqlite3_finalize};
+}
+
+// Runs the statement one step: true for a row, false when it is done.
+bool step(sqlite3* db, sqlite3_stmt* statement, const char* what) {
+  const int status = sqlite3_step(statement);
+  if (status != SQLITE_ROW && status != SQLITE_DONE) fail(db, what);
+  return status == SQLITE_ROW;
 }
 
 void bind(sqlite3_stmt* statement, int index, std::string_view text) {
@@ -69,9 +83,28 @@ std::size_t size(sqlite3_stmt* statement, int index) {
   return static_cast<std::size_t>(sqlite3_column_int64(statement, index));
 }
 
-void execute(sqlite3* db, const char* sql) {
-  if (sqlite3_exec(db, sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail(db, sql);
+void execute(sqlite3* db, const std::string& sql) {
+  if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail(db, sql);
 }
+
+// A write transaction that is rolled back unless committed, whatever fails
+// in it: a statement, its preparation or the COMMIT itself.
+class Transaction {
+ public:
+  explicit Transaction(sqlite3* db) : _db(db) { execute(db, "BEGIN IMMEDIATE"); }
+  ~Transaction() {
+    // A failed COMMIT may have ended the transaction already (an I/O error
+    // does); a busy one leaves it open.
+    if (!sqlite3_get_autocommit(_db)) sqlite3_exec(_db, "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+
+  void commit() { execute(_db, "COMMIT"); }
+
+ private:
+  sqlite3* _db;
+};
 
 // The columns every query reads, in this order.
 constexpr std::string_view uploadColumns =
@@ -94,55 +127,78 @@ StoredUpload readUpload(sqlite3_stmt* statement) {
 
 }  // namespace
 
-SandboxStore::SandboxStore(const std::string& path, bool readOnly) : _db(nullptr, sqlite3_close) {
+SandboxStore::SandboxStore(const std::string& path, const StoreLimits& limits, bool readOnly,
+                           const std::atomic<bool>* stop)
+    : _db(nullptr, sqlite3_close), _limits(limits), _stop(stop) {
   sqlite3* db = nullptr;
   const int flags = (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
-                    SQLITE_OPEN_FULLMUTEX;
+                    SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_URI;
   const int status = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
   _db.reset(db);
   if (status != SQLITE_OK) fail(db, "cannot open " + path);
-  // The tool may read a database file while a running sandbox writes it.
-  sqlite3_busy_timeout(db, 5000);
-  if (!readOnly) execute(db, schema);
+  sqlite3_busy_handler(db, waitForLock, this);
+  if (readOnly) return;
+  execute(db, schema);
+  if (limits.maxSize != 0) {
+    const auto query = prepare(db, "PRAGMA page_size");
+    step(db, query.get(), "cannot read the page size");
+    const auto pageSize = static_cast<std::uint64_t>(sqlite3_column_int64(query.get(), 0));
+    const std::uint64_t pages = std::max<std::uint64_t>(limits.maxSize / pageSize, 1);
+    execute(db, "PRAGMA max_page_count = " + std::to_string(pages));
+  }
 }
 
 SandboxStore::~SandboxStore() = default;
+
+int SandboxStore::waitForLock(void* store, int attempt) {
+  const auto& self = *static_cast<const SandboxStore*>(store);
+  constexpr auto nap = std::chrono::milliseconds(5);
+  if ((self._stop != nullptr && *self._stop) || attempt * nap >= self._limits.busyTimeout) return 0;
+  std::this_thread::sleep_for(nap);
+  return 1;
+}
 
 bool SandboxStore::isTaken(std::string_view recordNumber) const {
   const std::lock_guard lock(_mutex);
   const auto statement =
       prepare(_db.get(), "SELECT 1 FROM uploads WHERE record_number = ? AND accepted");
   bind(statement.get(), 1, recordNumber);
-  return sqlite3_step(statement.get()) == SQLITE_ROW;
+  return step(_db.get(), statement.get(), "cannot look up the record number");
 }
 
 std::optional<std::int64_t> SandboxStore::record(std::string_view recordNumber,
                                                  std::string_view payload,
                                                  const DecodedPayload& decoded) {
+  try {
+    return insert(recordNumber, payload, decoded);
+  } catch (const StoreError& error) {
+    if (error.kind() != StoreError::Kind::full || _limits.maxSize == 0) throw;
+    throw StoreError(StoreError::Kind::full, std::string(error.what()) + " (its limit is " +
+                                                 std::to_string(_limits.maxSize) + " bytes)");
+  }
+}
+
+std::optional<std::int64_t> SandboxStore::insert(std::string_view recordNumber,
+                                                 std::string_view payload,
+                                                 const DecodedPayload& decoded) {
   const std::lock_guard lock(_mutex);
   sqlite3* db = _db.get();
-  execute(db, "BEGIN");
+  Transaction transaction(db);
   const auto insert = prepare(db,
-                              "INSERT INTO uploads (record_number, payload, dataset, base64_size, "
+                              "INSERT INTO uploads (record_number, payload, base64_size, "
                               "deflate_size, json_size, verdict, accepted) "
-                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
+                              "VALUES (?, ?, ?, ?, ?, ?, ?)");
   bind(insert.get(), 1, recordNumber);
   bind(insert.get(), 2, payload);
-  if (decoded.jsonSize != 0) bind(insert.get(), 3, std::string_view(decoded.json));
-  bind(insert.get(), 4, decoded.base64Size);
-  bind(insert.get(), 5, decoded.deflateSize);
-  bind(insert.get(), 6, decoded.jsonSize);
-  bind(insert.get(), 7, decoded.problem ? std::string_view(*decoded.problem) : validVerdict);
-  sqlite3_bind_int(insert.get(), 8, decoded.valid() ? 1 : 0);
-  const int status = sqlite3_step(insert.get());
-  if (status == SQLITE_CONSTRAINT) {
-    execute(db, "ROLLBACK");
-    return std::nullopt;
-  }
-  if (status != SQLITE_DONE) {
-    execute(db, "ROLLBACK");
-    fail(db, "cannot store the upload");
-  }
+  bind(insert.get(), 3, decoded.base64Size);
+  bind(insert.get(), 4, decoded.deflateSize);
+  bind(insert.get(), 5, decoded.jsonSize);
+  bind(insert.get(), 6, decoded.problem ? std::string_view(*decoded.problem) : validVerdict);
+  sqlite3_bind_int(insert.get(), 7, decoded.valid() ? 1 : 0);
+  // The unique index refuses a second accepted upload of a record number.
+  const int inserted = sqlite3_step(insert.get());
+  if (inserted == SQLITE_CONSTRAINT) return std::nullopt;
+  if (inserted != SQLITE_DONE) fail(db, "cannot store the upload");
   const std::int64_t id = sqlite3_last_insert_rowid(db);
   const auto section = prepare(
       db, "INSERT INTO sections (upload_id, position, name, entries, note) VALUES (?, ?, ?, ?, ?)");
@@ -154,12 +210,9 @@ std::optional<std::int64_t> SandboxStore::record(std::string_view recordNumber,
     bind(section.get(), 3, std::string_view(count.name));
     bind(section.get(), 4, count.entries);
     bind(section.get(), 5, std::string_view(count.note));
-    if (sqlite3_step(section.get()) != SQLITE_DONE) {
-      execute(db, "ROLLBACK");
-      fail(db, "cannot store the section counts");
-    }
+    step(db, section.get(), "cannot store the section counts");
   }
-  execute(db, "COMMIT");
+  transaction.commit();
   return id;
 }
 
@@ -167,17 +220,16 @@ std::optional<StoredUpload> SandboxStore::find(std::string_view recordNumber) co
   const std::lock_guard lock(_mutex);
   sqlite3* db = _db.get();
   const auto query = prepare(db, "SELECT " + std::string(uploadColumns) +
-                                     ", payload, dataset FROM uploads WHERE record_number = ? "
+                                     ", payload FROM uploads WHERE record_number = ? "
                                      "ORDER BY accepted DESC, id DESC LIMIT 1");
   bind(query.get(), 1, recordNumber);
-  if (sqlite3_step(query.get()) != SQLITE_ROW) return std::nullopt;
+  if (!step(db, query.get(), "cannot read the upload")) return std::nullopt;
   StoredUpload upload = readUpload(query.get());
   upload.payload = column(query.get(), 8);
-  upload.decoded.json = column(query.get(), 9);
   const auto sections =
       prepare(db, "SELECT name, entries, note FROM sections WHERE upload_id = ? ORDER BY position");
   sqlite3_bind_int64(sections.get(), 1, upload.id);
-  while (sqlite3_step(sections.get()) == SQLITE_ROW) {
+  while (step(db, sections.get(), "cannot read the section counts")) {
     upload.decoded.sections.push_back(
         {column(sections.get(), 0), size(sections.get(), 1), column(sections.get(), 2)});
   }
@@ -189,7 +241,9 @@ std::vector<StoredUpload> SandboxStore::list() const {
   const auto query =
       prepare(_db.get(), "SELECT " + std::string(uploadColumns) + " FROM uploads ORDER BY id");
   std::vector<StoredUpload> uploads;
-  while (sqlite3_step(query.get()) == SQLITE_ROW) uploads.push_back(readUpload(query.get()));
+  while (step(_db.get(), query.get(), "cannot list the uploads")) {
+    uploads.push_back(readUpload(query.get()));
+  }
   return uploads;
 }
 

@@ -1,12 +1,17 @@
 #include "TlsFiles.hpp"
 
+#include <fcntl.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/x509v3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -18,7 +23,7 @@ namespace {
 
 using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
-using File = std::unique_ptr<BIO, decltype(&BIO_free)>;
+using Bio = std::unique_ptr<BIO, decltype(&BIO_free)>;
 
 // A certificate lives long enough for any session, and starts an hour early
 // so that a client whose clock runs slightly behind still accepts it.
@@ -26,12 +31,7 @@ constexpr long validFrom = -60L * 60;
 constexpr long validFor = 30L * 24 * 60 * 60;
 
 [[noreturn]] void fail(const std::string& step) {
-  char reason[256] = "unknown reason";
-  if (const unsigned long code = ERR_get_error(); code != 0) {
-    ERR_error_string_n(code, reason, sizeof reason);
-  }
-  ERR_clear_error();
-  throw std::runtime_error("cannot make the sandbox's TLS files: " + step + ": " + reason);
+  throwOpenSslError("cannot make the sandbox's TLS files: " + step);
 }
 
 void check(int status, const char* step) {
@@ -89,19 +89,25 @@ Certificate makeCertificate(const std::string& commonName, EVP_PKEY* key, X509* 
   return certificate;
 }
 
-File openForWriting(const std::filesystem::path& path) {
-  File file(BIO_new_file(path.c_str(), "w"), BIO_free);
-  if (!file) fail("writing " + path.string());
-  return file;
+// The PEM text that `write` puts into a memory buffer.
+template <typename Write>
+std::string pemText(Write write, const char* what) {
+  const Bio buffer(BIO_new(BIO_s_mem()), BIO_free);
+  if (!buffer) fail(what);
+  check(write(buffer.get()), what);
+  char* data = nullptr;
+  const long size = BIO_get_mem_data(buffer.get(), &data);
+  return std::string(data, static_cast<std::size_t>(size));
 }
 
-void writeCertificate(const std::filesystem::path& path, X509* certificate) {
-  check(PEM_write_bio_X509(openForWriting(path).get(), certificate), "writing a certificate");
+std::string certificatePem(X509* certificate) {
+  return pemText([certificate](BIO* out) { return PEM_write_bio_X509(out, certificate); },
+                 "writing a certificate");
 }
 
 }  // namespace
 
-TlsFiles makeTlsFiles(const std::filesystem::path& directory, const std::string& hostName) {
+TlsCertificates makeCertificates(const std::string& hostName) {
   const Key authorityKey = makeKey();
   const Certificate authority =
       makeCertificate("tavrin sandbox authority", authorityKey.get(), nullptr, authorityKey.get(),
@@ -117,19 +123,51 @@ TlsFiles makeTlsFiles(const std::filesystem::path& directory, const std::string&
                        {NID_subject_key_identifier, "hash"},
                        {NID_authority_key_identifier, "keyid:always"},
                        {NID_subject_alt_name, "DNS:" + hostName + ",IP:127.0.0.1"}});
+  return {certificatePem(authority.get()), certificatePem(server.get()),
+          pemText(
+              [&serverKey](BIO* out) {
+                return PEM_write_bio_PrivateKey(out, serverKey.get(), nullptr, nullptr, 0, nullptr,
+                                                nullptr);
+              },
+              "writing the private key")};
+}
 
+void throwOpenSslError(const std::string& what) {
+  char reason[256] = "unknown reason";
+  if (const unsigned long code = ERR_get_error(); code != 0) {
+    ERR_error_string_n(code, reason, sizeof reason);
+  }
+  ERR_clear_error();
+  throw std::runtime_error(what + ": " + reason);
+}
+
+std::string readPem(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error("cannot read " + path.string());
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void writePem(const std::filesystem::path& path, const std::string& text, bool secret) {
+  // A secret file is made private before anything is written into it.
+  const mode_t mode = secret ? S_IRUSR | S_IWUSR : S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  bool written = file >= 0 && fchmod(file, mode) == 0;
+  for (std::size_t at = 0; written && at < text.size();) {
+    const ssize_t size = ::write(file, text.data() + at, text.size() - at);
+    written = size > 0;
+    at += written ? static_cast<std::size_t>(size) : 0;
+  }
+  if (file >= 0 && close(file) != 0) written = false;
+  if (!written) throw std::runtime_error("cannot write " + path.string());
+}
+
+TlsFiles writeTlsFiles(const TlsCertificates& certificates,
+                       const std::filesystem::path& directory) {
   std::filesystem::create_directories(directory);
   TlsFiles files{directory / "server.pem", directory / "server-key.pem", directory / "ca.pem"};
-  writeCertificate(files.authority, authority.get());
-  writeCertificate(files.certificate, server.get());
-  {
-    const File key = openForWriting(files.privateKey);
-    std::filesystem::permissions(
-        files.privateKey, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    check(
-        PEM_write_bio_PrivateKey(key.get(), serverKey.get(), nullptr, nullptr, 0, nullptr, nullptr),
-        "writing the private key");
-  }
+  writePem(files.authority, certificates.authority);
+  writePem(files.certificate, certificates.certificate);
+  writePem(files.privateKey, certificates.privateKey, true);
   return files;
 }
 

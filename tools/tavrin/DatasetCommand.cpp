@@ -22,7 +22,7 @@ Command addDatasetCommand(CLI::App& app) {
   command->add_flag("--pretty", options->pretty, "Indent the JSON for reading");
 
   return {command, [options] {
-            return runReportingFailure([&] {
+            return runReportingFailure([&options] {
               ServiceOptions device;
               device.setPlatform(choosePlatform(options->profile));
               const std::string json = previewDataset(device);

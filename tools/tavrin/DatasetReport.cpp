@@ -1,5 +1,7 @@
 #include "DatasetReport.hpp"
 
+#include "PrintableText.hpp"
+
 #include <cstdio>
 
 namespace tavrin::tool {
@@ -10,11 +12,13 @@ void printDatasetReport(const sandbox::DecodedPayload& decoded) {
   if (!decoded.sections.empty()) {
     std::printf("%-20s %9s  %s\n", "section", "entries", "note");
     for (const auto& section : decoded.sections) {
-      std::printf("%-20s %9zu  %s\n", section.name.c_str(), section.entries, section.note.c_str());
+      std::printf("%-20s %9zu  %s\n", sandbox::printable(section.name, 40).c_str(), section.entries,
+                  section.note.c_str());
     }
   }
-  std::printf("verdict: %s\n",
-              decoded.valid() ? "valid" : ("invalid: " + *decoded.problem).c_str());
+  std::printf("verdict: %s\n", decoded.valid()
+                                   ? "valid"
+                                   : ("invalid: " + sandbox::printable(*decoded.problem)).c_str());
 }
 
 }  // namespace tavrin::tool

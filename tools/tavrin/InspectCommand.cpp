@@ -1,7 +1,9 @@
 #include "Commands.hpp"
 
+#include "BoundedJson.hpp"
 #include "DatasetReport.hpp"
 #include "DatasetValidator.hpp"
+#include "PrintableText.hpp"
 #include "SandboxStore.hpp"
 
 #include <nlohmann/json.hpp>
@@ -25,15 +27,14 @@ struct InspectArguments {
   std::size_t maxDatasetSize = sandbox::DatasetValidator::defaultMaxJsonSize;
 };
 
-// Prints the dataset as indented JSON; false when there is none to print.
-bool printJson(const sandbox::DecodedPayload& decoded) {
-  if (decoded.jsonSize == 0) {
-    std::cerr << "error: " << decoded.problem.value_or("no dataset") << '\n';
-    return false;
-  }
-  const auto document = nlohmann::json::parse(decoded.json, nullptr, false);
-  if (document.is_discarded()) {
-    std::cerr << "error: " << decoded.problem.value_or("not JSON") << '\n';
+// Prints the dataset as indented JSON, parsed within the validator's limits;
+// false when there is none to print.
+bool printJson(const sandbox::DecodedPayload& decoded, const sandbox::DatasetValidator& validator) {
+  nlohmann::json document;
+  const auto problem = decoded.json.empty() ? decoded.problem.value_or("no dataset")
+                                            : validator.parse(decoded.json, document);
+  if (problem) {
+    std::cerr << "error: " << *problem << '\n';
     return false;
   }
   std::cout << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
@@ -55,8 +56,9 @@ std::string readPayload(const std::string& file) {
   const auto last = text.find_last_not_of(" \t\r\n");
   text = first == std::string::npos ? std::string() : text.substr(first, last - first + 1);
   if (text.starts_with('{')) {
-    const auto body = nlohmann::json::parse(text, nullptr, false);
-    if (body.is_object() && body.contains("data") && body["data"].is_string()) {
+    nlohmann::json body;
+    if (!sandbox::parseBoundedJson(text, {4, 64}, body) && body.is_object() &&
+        body.contains("data") && body["data"].is_string()) {
       return body["data"].get<std::string>();
     }
   }
@@ -68,40 +70,44 @@ int listUploads(const sandbox::SandboxStore& store) {
               "verdict");
   for (const auto& upload : store.list()) {
     std::printf("%6lld  %-24s  %-24s  %10zu  %s\n", static_cast<long long>(upload.id),
-                upload.receivedAt.c_str(), upload.recordNumber.c_str(), upload.decoded.jsonSize,
-                upload.decoded.valid() ? "valid" : upload.decoded.problem->c_str());
+                upload.receivedAt.c_str(), sandbox::printable(upload.recordNumber, 64).c_str(),
+                upload.decoded.jsonSize,
+                sandbox::printable(upload.decoded.problem.value_or("valid")).c_str());
   }
   return 0;
 }
 
 int runInspect(const InspectArguments& arguments) {
+  const sandbox::DatasetValidator validator(arguments.maxDatasetSize);
   sandbox::DecodedPayload decoded;
   try {
     if (!arguments.database.empty()) {
-      const sandbox::SandboxStore store(arguments.database, true);
+      const sandbox::SandboxStore store(arguments.database, {}, true);
       if (arguments.recordNumber.empty()) return listUploads(store);
       auto upload = store.find(arguments.recordNumber);
       if (!upload) {
-        std::cerr << "error: no upload for record " << arguments.recordNumber << " in "
-                  << arguments.database << '\n';
+        std::cerr << "error: no upload for record " << sandbox::printable(arguments.recordNumber)
+                  << " in " << sandbox::printable(arguments.database) << '\n';
         return 2;
       }
       if (!arguments.json) {
-        std::printf("record %s: upload %lld received %s, %s\n", upload->recordNumber.c_str(),
+        std::printf("record %s: upload %lld received %s, %s\n",
+                    sandbox::printable(upload->recordNumber, 64).c_str(),
                     static_cast<long long>(upload->id), upload->receivedAt.c_str(),
                     upload->accepted ? "accepted" : "refused");
       }
       decoded = std::move(upload->decoded);
+      // Only the payload is stored: the JSON is inflated again to be shown.
+      if (arguments.json) decoded.json = validator.decode(upload->payload).json;
     } else {
-      decoded = sandbox::DatasetValidator(arguments.maxDatasetSize)
-                    .decode(readPayload(arguments.payloadFile));
+      decoded = validator.decode(readPayload(arguments.payloadFile));
     }
   } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    std::cerr << "error: " << sandbox::printable(error.what()) << '\n';
     return 2;
   }
   if (arguments.json) {
-    if (!printJson(decoded)) return 1;
+    if (!printJson(decoded, validator)) return 1;
   } else {
     printDatasetReport(decoded);
   }
@@ -129,8 +135,9 @@ Command addInspectCommand(CLI::App& app) {
       ->needs(database);
   payload->excludes(database);
   command->add_flag("--json", arguments->json, "Print the dataset itself as indented JSON");
-  command->add_option("--max-dataset", arguments->maxDatasetSize,
-                      "Largest inflated dataset in bytes");
+  command
+      ->add_option("--max-dataset", arguments->maxDatasetSize, "Largest inflated dataset in bytes")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{16} << 30));
   return {command, [arguments] { return runInspect(*arguments); }};
 }
 

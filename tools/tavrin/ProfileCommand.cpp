@@ -68,16 +68,16 @@ Command addProfileCommand(CLI::App& app) {
                 chosen.*size.field = it->second;
               }
             }
-            const auto generated = ProfileGenerator(chosen).generate();
-            const std::string description = "A generated phone (" + options->preset + ", seed " +
-                                            std::to_string(chosen.seed) + ")";
+            auto generated = ProfileGenerator(chosen).generate();
+            generated.description = "A generated phone (" + options->preset + ", seed " +
+                                    std::to_string(chosen.seed) + ")";
             if (options->output.empty()) {
-              writeDeviceProfile(generated, std::cout, description);
+              writeDeviceProfile(generated, std::cout);
               std::cout.flush();
               return std::cout ? ExitCode::success : ExitCode::output;
             }
             std::ofstream file(options->output, std::ios::binary | std::ios::trunc);
-            if (file) writeDeviceProfile(generated, file, description);
+            if (file) writeDeviceProfile(generated, file);
             file.close();
             if (!file) {
               std::cerr << "error: cannot write " << options->output << '\n';

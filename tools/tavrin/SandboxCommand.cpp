@@ -3,6 +3,7 @@
 #include "SandboxServer.hpp"
 
 #include <csignal>
+#include <cstring>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -14,11 +15,28 @@ namespace {
 struct SandboxArguments {
   sandbox::SandboxOptions options;
   long tokenLifetime = 3600;
+  long requestTimeout = 30;
   long ioTimeout = 10;
   long idleTimeout = 5;
+  long busyTimeout = 2000;
   std::string tlsCertificate, tlsKey, caFile, certificateDirectory;
   std::vector<std::string> keys, faults;
 };
+
+// An option whose default is shown and whose value is bounded, so that no
+// arithmetic on a limit can overflow.
+template <typename T>
+void bounded(CLI::App* command, const char* name, T& value, const char* help, T low, T high) {
+  command->add_option(name, value, help)->capture_default_str()->check(CLI::Range(low, high));
+}
+
+// The signals that stop the sandbox in order, removing what it made.
+sigset_t stopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&signals, signal);
+  return signals;
+}
 
 int runSandbox(SandboxArguments& arguments) {
   auto& options = arguments.options;
@@ -32,8 +50,10 @@ int runSandbox(SandboxArguments& arguments) {
   }
   if (!arguments.keys.empty()) options.authKeys = arguments.keys;
   options.tokenLifetime = std::chrono::seconds(arguments.tokenLifetime);
-  options.ioTimeout = std::chrono::seconds(arguments.ioTimeout);
-  options.idleTimeout = std::chrono::seconds(arguments.idleTimeout);
+  options.limits.requestTimeout = std::chrono::seconds(arguments.requestTimeout);
+  options.limits.ioTimeout = std::chrono::seconds(arguments.ioTimeout);
+  options.limits.idleTimeout = std::chrono::seconds(arguments.idleTimeout);
+  options.limits.busyTimeout = std::chrono::milliseconds(arguments.busyTimeout);
   options.certificateDirectory = arguments.certificateDirectory;
   if (!arguments.tlsCertificate.empty()) {
     options.tlsFiles =
@@ -41,13 +61,11 @@ int runSandbox(SandboxArguments& arguments) {
   }
   options.log = [](const std::string& line) { std::cerr << "sandbox: " << line << std::endl; };
 
-  // The serving threads inherit this mask, so the two signals reach only the
-  // wait below and the sandbox stops in order.
-  sigset_t stopSignals;
-  sigemptyset(&stopSignals);
-  sigaddset(&stopSignals, SIGINT);
-  sigaddset(&stopSignals, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+  // The serving threads inherit this mask, so the signals reach only the wait
+  // below and the sandbox stops in order: every wait of a request in flight
+  // ends at once, and a temporary certificate directory is removed.
+  const sigset_t signals = stopSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
   std::unique_ptr<sandbox::SandboxServer> server;
   try {
@@ -59,9 +77,10 @@ int runSandbox(SandboxArguments& arguments) {
   server->start();
   std::cout << "sandbox ready: " << server->clientOptions() << std::endl;
   int received = 0;
-  sigwait(&stopSignals, &received);
+  sigwait(&signals, &received);
   server->stop();
-  std::cerr << "sandbox: stopped by " << (received == SIGINT ? "SIGINT" : "SIGTERM") << std::endl;
+  server.reset();
+  std::cerr << "sandbox: stopped by SIG" << sigabbrev_np(received) << std::endl;
   return 0;
 }
 
@@ -85,11 +104,8 @@ Command addSandboxCommand(CLI::App& app) {
                       "An authentication key that logs in (repeatable; default: sandbox-key)");
   command->add_option("--token-type", options.tokenType, "Token type issued at login")
       ->capture_default_str();
-  command
-      ->add_option("--token-ttl", arguments->tokenLifetime,
-                   "Seconds an issued token is honoured; 0 expires it at once")
-      ->capture_default_str()
-      ->check(CLI::NonNegativeNumber);
+  bounded(command, "--token-ttl", arguments->tokenLifetime,
+          "Seconds an issued token is honoured; 0 expires it at once", 0L, 10L * 366 * 86400);
   command->add_option("--cert-dir", arguments->certificateDirectory,
                       "Directory for the made CA and certificate (default: a temporary one)");
   auto* certificate = command
@@ -106,24 +122,32 @@ Command addSandboxCommand(CLI::App& app) {
   authority->needs(certificate);
   command->add_option("--db", options.database, "SQLite database file of the uploads")
       ->capture_default_str();
-  command
-      ->add_option("--max-body", options.maxBodySize, "Largest request body in bytes (413 above)")
-      ->capture_default_str();
-  command->add_option("--max-dataset", options.maxDatasetSize, "Largest inflated dataset in bytes")
-      ->capture_default_str();
-  command
-      ->add_option("--io-timeout", arguments->ioTimeout,
-                   "Seconds a client may send or take nothing")
-      ->capture_default_str()
-      ->check(CLI::PositiveNumber);
-  command
-      ->add_option("--idle-timeout", arguments->idleTimeout,
-                   "Seconds an idle kept-alive connection stays open")
-      ->capture_default_str()
-      ->check(CLI::PositiveNumber);
-  command->add_option("--threads", options.threads, "Requests served at once")
-      ->capture_default_str()
-      ->check(CLI::PositiveNumber);
+  constexpr std::size_t gib = std::size_t{1} << 30;
+  auto& limits = options.limits;
+  bounded(command, "--max-body", limits.maxUploadBody,
+          "Largest upload body in bytes, chunked or not (413 above)", std::size_t{1}, 4 * gib);
+  bounded(command, "--max-dataset", limits.maxDataset, "Largest inflated dataset in bytes",
+          std::size_t{1}, 16 * gib);
+  bounded(command, "--max-json-values", limits.maxDatasetValues,
+          "Most values a dataset's JSON may hold", std::size_t{1}, gib);
+  bounded(command, "--request-timeout", arguments->requestTimeout,
+          "Seconds a whole request (headers and body) may take to arrive", 1L, 86400L);
+  bounded(command, "--io-timeout", arguments->ioTimeout,
+          "Seconds a client may send or take nothing", 1L, 86400L);
+  bounded(command, "--idle-timeout", arguments->idleTimeout,
+          "Seconds an idle kept-alive connection stays open", 1L, 86400L);
+  bounded(command, "--threads", limits.threads, "Requests processed at once", std::size_t{1},
+          std::size_t{1024});
+  bounded(command, "--max-connections", limits.maxConnections,
+          "Connections served, and connections waiting, in all", std::size_t{1}, std::size_t{4096});
+  bounded(command, "--max-connections-per-address", limits.maxConnectionsPerAddress,
+          "Connections served at once from one client address", std::size_t{1}, std::size_t{4096});
+  bounded(command, "--busy-timeout", arguments->busyTimeout,
+          "Milliseconds a write waits for a database another process holds (503 after)", 0L,
+          60000L);
+  bounded(command, "--max-db-size", limits.maxDatabaseSize,
+          "Largest size of the database in bytes; 0: no limit (507 beyond)", std::uint64_t{0},
+          std::uint64_t{1} << 50);
   command->add_option("--fault", arguments->faults,
                       "A fault rule TARGET:ACTION[*TIMES] (repeatable; see docs/sandbox.md)");
   return {command, [arguments] { return runSandbox(*arguments); }};

@@ -57,7 +57,8 @@ TAVRIN_EXPORT std::shared_ptr<Platform> makeLinuxPlatform(std::string applicatio
 /// offending value ("" for the whole document) and the reason.
 class TAVRIN_EXPORT DeviceProfileError : public std::runtime_error {
  public:
-  /// Makes the error; what() reads "FILE: POINTER: REASON".
+  /// Makes the error; what() reads "FILE: POINTER: REASON" (or "FILE: REASON" for
+  /// the whole file), with control characters and bytes that are not UTF-8 escaped.
   DeviceProfileError(std::string file, std::string pointer, std::string reason);
   /// The profile's path.
   const std::string& file() const noexcept { return _file; }

@@ -7,13 +7,15 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavrin::platform {
 
 // A device profile after reading, before any platform object exists: plain
 // values only, so a profile that fails to read leaves nothing behind. Each
-// struct mirrors one object of the profile's JSON (docs/device-profile.md).
+// struct mirrors one object of the profile's JSON (docs/device-profile.md);
+// ProfileFields.hpp lists their members.
 
 // The device facts that `DeviceInfo` answers from.
 struct ProfileDevice {
@@ -48,7 +50,7 @@ using PermissionSettings = std::array<PermissionSetting, 4>;
 struct ProfileContacts {
   std::vector<Contact> list;
   std::optional<std::uint64_t> failAfter;  // the enumeration fails after this many contacts
-  std::string failureMessage;
+  std::string failureMessage = "The operation couldn't be completed.";
   std::vector<ContactGroup> groups;
   std::optional<std::string> groupsError;  // present: the group query fails with it
 };
@@ -74,9 +76,44 @@ struct ProfileReminder {
   std::string calendarIdentifier;
 };
 
+// Texts kept one after another in one buffer. The collections of a large
+// phone list hundreds of thousands of asset identifiers, which as strings of
+// their own would take twice the room.
+class IdentifierList {
+ public:
+  void append(std::string_view identifier) {
+    _text += identifier;
+    // A profile is far smaller than 4 GiB, so every end fits.
+    _ends.push_back(static_cast<std::uint32_t>(_text.size()));
+  }
+  std::size_t size() const { return _ends.size(); }
+  std::string_view operator[](std::size_t i) const {
+    const std::uint32_t begin = i == 0 ? 0 : _ends[i - 1];
+    return std::string_view(_text).substr(begin, _ends[i] - begin);
+  }
+  void shrinkToFit() {
+    _text.shrink_to_fit();
+    _ends.shrink_to_fit();
+  }
+  bool operator==(const IdentifierList&) const = default;
+
+ private:
+  std::string _text;
+  std::vector<std::uint32_t> _ends;
+};
+
 struct ProfileCollection {
   AssetCollection collection;
-  std::vector<std::string> assetIdentifiers;
+  IdentifierList assetIdentifiers;
+};
+
+struct ProfileCalendars {
+  std::vector<Calendar> events, reminders;  // the calendars of each entity type
+};
+
+struct ProfilePhotos {
+  std::vector<Asset> assets;
+  std::vector<ProfileCollection> collections;
 };
 
 struct ProfileLocation {
@@ -90,21 +127,26 @@ struct ClockSetting {
   double step = 0;
 };
 
+// The values the random source returns, in turn.
+struct RandomSetting {
+  std::vector<std::uint32_t> draws;
+};
+
 struct DeviceProfile {
+  std::string schema, description;  // "$schema" and "description": for people, never read
   ProfileDevice device;
   PermissionSettings permissions;
   ProfileContacts contacts;
-  std::vector<Calendar> eventCalendars, reminderCalendars;
+  ProfileCalendars calendars;
   std::vector<ProfileEvent> events;
   std::optional<std::vector<ProfileReminder>> reminders =
       std::vector<ProfileReminder>{};  // absent: the fetch delivers no list
-  std::vector<Asset> assets;
-  std::vector<ProfileCollection> collections;
+  ProfilePhotos photos;
   std::optional<std::vector<std::optional<CaptureDevice>>> captureDevices =
       std::vector<std::optional<CaptureDevice>>{};  // absent: no list
   ProfileLocation location;
-  std::optional<ClockSetting> clock;                // absent: the machine's wall clock
-  std::optional<std::vector<std::uint32_t>> draws;  // absent: a real random source
+  std::optional<ClockSetting> clock;    // absent: the machine's wall clock
+  std::optional<RandomSetting> random;  // absent: a real random source
 };
 
 }  // namespace tavrin::platform

@@ -37,6 +37,9 @@ class ProfileDeviceInfo final : public DeviceInfo {
   }
   std::optional<std::string> libraryBundleString(const std::string& key) override;
 
+  // The zone a floating recurring event is expanded in.
+  const std::string& timeZoneIdentifier() const { return _device.timeZone.identifier; }
+
  private:
   ProfileDevice _device;
 };

@@ -21,13 +21,14 @@ bool contains(const std::vector<std::string>& identifiers, const std::string& id
 
 }  // namespace
 
-ProfileEventStore::ProfileEventStore(const DeviceProfile& profile, PermissionState& permissions,
+ProfileEventStore::ProfileEventStore(ProfileCalendars calendars, std::vector<ProfileEvent> events,
+                                     std::optional<std::vector<ProfileReminder>> reminders,
+                                     std::string deviceTimeZone, PermissionState& permissions,
                                      CompletionThreads& threads)
-    : _eventCalendars(profile.eventCalendars),
-      _reminderCalendars(profile.reminderCalendars),
-      _events(profile.events),
-      _reminders(profile.reminders),
-      _deviceTimeZone(profile.device.timeZone.identifier),
+    : _calendars(std::move(calendars)),
+      _events(std::move(events)),
+      _reminders(std::move(reminders)),
+      _deviceTimeZone(std::move(deviceTimeZone)),
       _permissions(permissions),
       _threads(threads) {
   for (const auto& event : _events) {
@@ -57,7 +58,7 @@ void ProfileEventStore::requestAccess(std::int64_t entityType, AccessHandler han
 
 std::vector<Calendar> ProfileEventStore::calendars(std::int64_t entityType) {
   if (!authorized(entityType)) return {};
-  return entityType == EntityType::event ? _eventCalendars : _reminderCalendars;
+  return entityType == EntityType::event ? _calendars.events : _calendars.reminders;
 }
 
 std::vector<Event> ProfileEventStore::events(double start, double end,

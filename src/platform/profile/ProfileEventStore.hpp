@@ -18,7 +18,9 @@ class ProfileEventStore final : public EventStore {
   // start plus this, as the phone's store cuts it to four years.
   static constexpr double longestRange = 4 * 366 * 86400.0;
 
-  ProfileEventStore(const DeviceProfile& profile, PermissionState& permissions,
+  ProfileEventStore(ProfileCalendars calendars, std::vector<ProfileEvent> events,
+                    std::optional<std::vector<ProfileReminder>> reminders,
+                    std::string deviceTimeZone, PermissionState& permissions,
                     CompletionThreads& threads);
 
   // Entity type 0 is calendar events, 1 reminders; any other is restricted (1).
@@ -41,7 +43,7 @@ class ProfileEventStore final : public EventStore {
   void appendOccurrences(const ProfileEvent& event, double start, double end,
                          std::vector<Event>& out) const;
 
-  const std::vector<Calendar> _eventCalendars, _reminderCalendars;
+  const ProfileCalendars _calendars;
   const std::vector<ProfileEvent> _events;
   const std::optional<std::vector<ProfileReminder>> _reminders;
   const std::string _deviceTimeZone;

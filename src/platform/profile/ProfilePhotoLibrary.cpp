@@ -2,11 +2,13 @@
 
 namespace tavrin::platform {
 
-ProfilePhotoLibrary::ProfilePhotoLibrary(const DeviceProfile& profile, PermissionState& permissions)
-    : _assets(profile.assets), _collections(profile.collections), _permissions(permissions) {
-  for (const auto& c : _collections) {
+ProfilePhotoLibrary::ProfilePhotoLibrary(ProfilePhotos photos, PermissionState& permissions)
+    : _assets(std::move(photos.assets)), _permissions(permissions) {
+  _collections.reserve(photos.collections.size());
+  for (auto& c : photos.collections) {
     _assetCounts[c.collection.localIdentifier] =
         static_cast<std::int64_t>(c.assetIdentifiers.size());
+    _collections.push_back(std::move(c.collection));
   }
 }
 
@@ -35,8 +37,7 @@ void ProfilePhotoLibrary::enumerateCollections(
     std::int64_t type, std::int64_t subtype,
     const std::function<void(const AssetCollection&)>& visit) {
   if (!authorized()) return;
-  for (const auto& c : _collections) {
-    const auto& collection = c.collection;
+  for (const auto& collection : _collections) {
     if (collection.assetCollectionType == type &&
         (subtype == anySubtype || collection.assetCollectionSubtype == subtype)) {
       visit(collection);

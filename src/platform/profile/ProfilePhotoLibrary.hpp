@@ -11,7 +11,7 @@ namespace tavrin::platform {
 // the permission is authorized (3).
 class ProfilePhotoLibrary final : public PhotoLibrary {
  public:
-  ProfilePhotoLibrary(const DeviceProfile& profile, PermissionState& permissions);
+  ProfilePhotoLibrary(ProfilePhotos photos, PermissionState& permissions);
 
   std::int64_t authorizationStatus() override;
   void requestAuthorization(std::function<void(std::int64_t status)> handler) override;
@@ -29,7 +29,9 @@ class ProfilePhotoLibrary final : public PhotoLibrary {
   bool authorized() const;
 
   const std::vector<Asset> _assets;
-  const std::vector<ProfileCollection> _collections;
+  // The collections without their asset identifiers, of which only the
+  // number is ever asked for: on a large phone they are most of the profile.
+  std::vector<AssetCollection> _collections;
   std::unordered_map<std::string, std::int64_t> _assetCounts;
   PermissionState& _permissions;
 };

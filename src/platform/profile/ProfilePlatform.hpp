@@ -24,7 +24,7 @@ namespace tavrin::platform {
 // which prompts were made and what the last contact enumeration asked for.
 class ProfilePlatform final : public Platform {
  public:
-  explicit ProfilePlatform(const DeviceProfile& profile);
+  explicit ProfilePlatform(DeviceProfile profile);
   // Waits for every completion still running. Must not be called from one.
   ~ProfilePlatform() override;
 

@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include <tavrin/platform/Clock.hpp>
+#include "platform/profile/DeviceProfile.hpp"
 
 namespace tavrin::platform {
 
@@ -17,13 +17,13 @@ namespace tavrin::platform {
 // integers from the operating system's random device.
 class ProfileRandomSource final : public RandomSource {
  public:
-  explicit ProfileRandomSource(std::optional<std::vector<std::uint32_t>> draws)
-      : _draws(std::move(draws)) {}
+  explicit ProfileRandomSource(std::optional<RandomSetting> setting)
+      : _setting(std::move(setting)) {}
 
   std::uint32_t uniform(std::uint32_t upperBound) override;
 
  private:
-  const std::optional<std::vector<std::uint32_t>> _draws;
+  const std::optional<RandomSetting> _setting;
   std::atomic<std::uint64_t> _next{0};
   std::mutex _deviceMutex;
   std::random_device _device;

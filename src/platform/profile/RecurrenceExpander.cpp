@@ -55,6 +55,19 @@ double RecurrenceExpander::shortestSpan(const Recurrence& recurrence) {
   return unitOf(recurrence.frequency).shortestSeconds * recurrence.interval - 3600;
 }
 
+std::uint64_t RecurrenceExpander::mostOccurrences(const Recurrence& recurrence, double firstStart,
+                                                  double duration, double range) {
+  // Consecutive starts are a unit of local time apart, and local time runs
+  // from UTC-12 to UTC+14: between any two starts, k units less 26 hours.
+  constexpr double offsetSpread = 26 * 3600.0;
+  const double step = unitOf(recurrence.frequency).shortestSeconds * recurrence.interval;
+  double span = range + duration;
+  if (recurrence.until) span = std::min(span, *recurrence.until - firstStart);
+  double most = std::floor((std::max(span, 0.0) + offsetSpread) / step) + 1;
+  if (recurrence.count) most = std::min(most, static_cast<double>(*recurrence.count));
+  return static_cast<std::uint64_t>(most);
+}
+
 void RecurrenceExpander::expand(double firstStart, double duration, const Recurrence& recurrence,
                                 double from, double to,
                                 const std::function<void(double start)>& visit) const {

@@ -2,6 +2,7 @@
 
 #include "platform/profile/DeviceProfile.hpp"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -37,6 +38,11 @@ class RecurrenceExpander {
   // 28 days, a year of 365, and an hour less for a daylight-saving change.
   // An occurrence must end before the next begins, as on a phone.
   static double shortestSpan(const Recurrence& recurrence);
+
+  // The most occurrences of a series starting at `firstStart` and lasting
+  // `duration` that one range of `range` seconds can overlap.
+  static std::uint64_t mostOccurrences(const Recurrence& recurrence, double firstStart,
+                                       double duration, double range);
 
   // Calls `visit` with the start of every occurrence that overlaps the closed
   // range [from, to], in order. `firstStart` and `duration` are in seconds.
