@@ -81,7 +81,8 @@ void BM_SandboxLoad(benchmark::State& state) {
       << load.clients << " clients, each its own RestService over CurlTransport (a new TLS "
       << "connection per request, as the library makes them), checked and uploaded for " << seconds
       << " s against one sandbox (a thread per connection, " << serverThreads
-      << " requests processed at once), storing into SQLite on disk. Each client cycles through the payloads of "
+      << " requests processed at once), storing into SQLite on disk. Each client cycles through "
+         "the payloads of "
       << "four typical phones (" << static_cast<double>(payloads[0].size()) / mb
       << " MB of base64, " << static_cast<double>(jsons[0].size()) / mb << " MB of JSON each); "
       << "every " << load.repeatEvery << "th request repeats a record number and every "
