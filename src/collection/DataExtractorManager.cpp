@@ -17,6 +17,7 @@
 #include "extractors/PermissionExtractor.hpp"
 #include "extractors/UnknownFileExtractor.hpp"
 #include "extractors/VideoExtractor.hpp"
+#include "os/releaseFreedHeap.hpp"
 
 #include <chrono>
 
@@ -86,6 +87,9 @@ DatasetDocument DataExtractorManager::extractData() {
     const auto elapsed = std::chrono::steady_clock::now() - started;
     section.shrinkToFit();
     checkRunStop();
+    // What the source read from the platform is freed by now; handed back at
+    // once, it does not stay resident under the next source and the JSON.
+    os::releaseFreedHeap();
     _events->sourceFinished(name, section.ChildElements().size(), elapsed);
     document.push_back(std::move(section));
   }

@@ -4,7 +4,6 @@
 #include "collection/StatusResource.hpp"
 #include "dataset/JsonWriter.hpp"
 #include "dataset/RunStop.hpp"
-#include "os/releaseFreedHeap.hpp"
 
 #include <tavrin/codec.hpp>
 #include <tavrin/error.hpp>
@@ -12,23 +11,28 @@
 namespace tavrin::DatasetPipeline {
 
 MappedBuffer datasetJson(DataExtractorManager& manager) {
-  const DatasetDocument document = manager.extractData();
-  os::releaseFreedHeap();
-  MappedBuffer json = writeJson(document);
+  MappedBuffer json = writeJson(manager.extractData());
   checkRunStop();
   return json;
 }
 
-std::string uploadPayload(std::span<const std::uint8_t> json, const RunEvents& events) {
-  const auto compressed = compress(json, CompressionAlgorithm::zlib);
+std::string uploadPayload(MappedBuffer json, const RunEvents& events, DeflateEngine engine) {
+  const std::size_t jsonSize = json.size();
+  std::size_t deflatedSize = 0;
+  std::string payload;
+  const bool compressed =
+      withRawDeflate(json.bytes(), engine, [&](std::span<const std::uint8_t> deflated) {
+        json = MappedBuffer();
+        deflatedSize = deflated.size();
+        payload = base64Encode(deflated);
+      });
   if (!compressed) {
     throw TavrinError(ErrorType::processingFailed,
                       std::string(StatusResource::compressFailedMessage));
   }
   checkRunStop();
-  std::string payload = base64Encode(*compressed);
-  events.log(LogLevel::info, "dataset: " + std::to_string(json.size()) + " bytes of JSON, " +
-                                 std::to_string(compressed->size()) + " of raw DEFLATE, " +
+  events.log(LogLevel::info, "dataset: " + std::to_string(jsonSize) + " bytes of JSON, " +
+                                 std::to_string(deflatedSize) + " of raw DEFLATE, " +
                                  std::to_string(payload.size()) + " of base64");
   return payload;
 }

@@ -16,8 +16,6 @@
 namespace tavrin {
 namespace {
 
-using CurlHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
-using CurlMulti = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
 using CurlList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 
 // The longest the transfer loop sleeps: libcurl checks the idle watchdog each
@@ -70,6 +68,17 @@ std::size_t receive(char* data, std::size_t size, std::size_t count, void* conte
   return bytes;
 }
 
+// Clears the handle's options once an exchange is over, so that none of them
+// points into the frame that set it. The connection and the TLS session cache
+// stay with the handle.
+struct OptionsReset {
+  explicit OptionsReset(CURL* easy) : handle(easy) {}
+  OptionsReset(const OptionsReset&) = delete;
+  OptionsReset& operator=(const OptionsReset&) = delete;
+  ~OptionsReset() { curl_easy_reset(handle); }
+  CURL* handle;
+};
+
 int progress(void* context, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) noexcept {
   auto& transfer = *static_cast<Transfer*>(context);
   if (transfer.watchdog.stillMoving(received + sent, TransferWatchdog::Clock::now())) return 0;
@@ -97,28 +106,28 @@ int pollMilliseconds(const RunStop* stop) {
   return static_cast<int>(std::clamp<std::int64_t>(left.count(), 1, longestPollMilliseconds));
 }
 
-// Runs one transfer to its end through libcurl's multi interface, so that
-// the wait can be woken: cancel() wakes the poll at once, and the deadline
-// bounds each sleep. Gives libcurl's result, or why the run stopped it.
-std::variant<CURLcode, StopReason> perform(CURL* easy) {
-  const CurlMulti multi(curl_multi_init(), &curl_multi_cleanup);
-  if (!multi || curl_multi_add_handle(multi.get(), easy) != CURLM_OK) return CURLE_FAILED_INIT;
-  const MultiMembership membership(multi.get(), easy);
+// Runs one transfer to its end through libcurl's multi interface (whose
+// handle keeps the connections between transfers), so that the wait can be woken: cancel() wakes
+// the poll at once, and the deadline bounds each sleep. Gives libcurl's result, or why the run
+// stopped it.
+std::variant<CURLcode, StopReason> perform(CURLM* multi, CURL* easy) {
+  if (curl_multi_add_handle(multi, easy) != CURLM_OK) return CURLE_FAILED_INIT;
+  const MultiMembership membership(multi, easy);
   RunStop* stop = currentRunStop();
   std::optional<RunStop::Wake> wake;
-  if (stop != nullptr) wake.emplace(*stop, [m = multi.get()] { curl_multi_wakeup(m); });
+  if (stop != nullptr) wake.emplace(*stop, [multi] { curl_multi_wakeup(multi); });
 
   for (;;) {
     int running = 0;
-    if (curl_multi_perform(multi.get(), &running) != CURLM_OK) return CURLE_FAILED_INIT;
+    if (curl_multi_perform(multi, &running) != CURLM_OK) return CURLE_FAILED_INIT;
     if (running == 0) break;
     if (const auto why = stop != nullptr ? stop->reason() : std::nullopt) return *why;
-    if (curl_multi_poll(multi.get(), nullptr, 0, pollMilliseconds(stop), nullptr) != CURLM_OK) {
+    if (curl_multi_poll(multi, nullptr, 0, pollMilliseconds(stop), nullptr) != CURLM_OK) {
       return CURLE_FAILED_INIT;
     }
   }
   int queued = 0;
-  while (const CURLMsg* message = curl_multi_info_read(multi.get(), &queued)) {
+  while (const CURLMsg* message = curl_multi_info_read(multi, &queued)) {
     if (message->msg == CURLMSG_DONE) return message->data.result;
   }
   return CURLE_FAILED_INIT;
@@ -137,12 +146,22 @@ std::string requestId(CURL* easy) {
 
 }  // namespace
 
-CurlTransport::CurlTransport(const ServiceOptions& options, std::string userAgent)
+void CurlTransport::HandleCleanup::operator()(void* handle) const noexcept {
+  curl_easy_cleanup(handle);
+}
+
+void CurlTransport::MultiCleanup::operator()(void* multi) const noexcept {
+  curl_multi_cleanup(multi);
+}
+
+CurlTransport::CurlTransport(const ServiceOptions& options, std::string userAgent,
+                             Connections connections)
     : _caFile(options.caFile()),
       _resolve(options.resolve()),
       _pinnedPublicKey(options.pinnedPublicKey()),
       _requestTimeout(options.requestTimeout()),
-      _userAgent(std::move(userAgent)) {
+      _userAgent(std::move(userAgent)),
+      _connections(connections) {
   if (_requestTimeout.count() <= 0) {
     throw TavrinError(ErrorType::invalidInput, "Request timeout must be positive");
   }
@@ -150,8 +169,13 @@ CurlTransport::CurlTransport(const ServiceOptions& options, std::string userAgen
 
 HttpOutcome CurlTransport::send(const HttpRequest& request) {
   if (!curlReady()) return TransportFailure{"libcurl could not be initialised"};
-  CurlHandle curl(curl_easy_init(), &curl_easy_cleanup);
-  if (!curl) return TransportFailure{"libcurl could not create a handle"};
+  if (!_handle || _connections == Connections::perRequest) {
+    _handle.reset(curl_easy_init());
+    _multi.reset(curl_multi_init());
+  }
+  if (!_handle || !_multi) return TransportFailure{"libcurl could not create a handle"};
+  CURL* handle = _handle.get();
+  const OptionsReset clearedAfterwards{handle};
 
   CurlList headers(nullptr, &curl_slist_free_all);
   for (const auto& [name, value] : request.headers) {
@@ -170,7 +194,6 @@ HttpOutcome CurlTransport::send(const HttpRequest& request) {
 
   Transfer transfer{{}, TransferWatchdog(_requestTimeout, TransferWatchdog::Clock::now())};
   char errorText[CURL_ERROR_SIZE] = {};
-  CURL* handle = curl.get();
   CURLcode code = CURLE_OK;
   const auto set = [&](CURLoption option, auto value) {
     if (code == CURLE_OK) code = curl_easy_setopt(handle, option, value);
@@ -208,7 +231,7 @@ HttpOutcome CurlTransport::send(const HttpRequest& request) {
   set(CURLOPT_XFERINFODATA, &transfer);
   if (code != CURLE_OK) return TransportFailure{curl_easy_strerror(code)};
 
-  const auto performed = perform(handle);
+  const auto performed = perform(_multi.get(), handle);
   if (const auto* stopped = std::get_if<StopReason>(&performed)) return TransferStopped{*stopped};
   code = std::get<CURLcode>(performed);
   if (transfer.stalled) return TransportFailure{"no data moved within the request timeout"};

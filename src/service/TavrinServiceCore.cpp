@@ -3,7 +3,6 @@
 #include "collection/DatasetPipeline.hpp"
 #include "collection/PermissionHeplper.hpp"
 #include "collection/StatusResource.hpp"
-#include "net/CurlTransport.hpp"
 #include "net/RequestUrl.hpp"
 #include "service/ServiceUrl.hpp"
 #include "service/UserAgent.hpp"
@@ -48,10 +47,11 @@ void checkDeadline(const ServiceOptions& options) {
 }
 
 TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey,
-                                     const ServiceOptions& options)
+                                     const ServiceOptions& options, RunEngines engines)
     : _platform(platformOrLinux(options.platform())),
       _events(options.observer(), options.log()),
       _deadline(options.deadline()),
+      _deflateEngine(engines.deflate),
       dataExtractorManager(_platform) {
   dataExtractorManager.setEvents(_events);
   // The manager exists before the URL is judged, even when it is then rejected.
@@ -66,8 +66,8 @@ TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey,
   checkDeadline(options);
   _url = std::move(url);
   _restService = std::make_unique<RestService>(
-      _url, std::make_unique<CurlTransport>(options,
-                                            userAgent(options.userAgent(), _platform->device())));
+      _url, std::make_unique<CurlTransport>(
+                options, userAgent(options.userAgent(), _platform->device()), engines.connections));
   _restService->setEvents(_events);
   claimRun();
   run("login", [&] { _restService->login(std::move(authKey)); });
@@ -160,9 +160,9 @@ std::string TavrinServiceCore::collect(const std::string& recordNumber) {
   }
 
   const std::string data = [&] {
-    const MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
+    MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
     _events.datasetReady(json.view());
-    return DatasetPipeline::uploadPayload(json.bytes(), _events);
+    return DatasetPipeline::uploadPayload(std::move(json), _events, _deflateEngine);
   }();
   return client.withRelogin([&] { return client.upload(data, recordNumber); });
 }

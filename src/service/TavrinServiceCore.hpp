@@ -1,8 +1,10 @@
 #pragma once
 
+#include "codec/RawDeflate.hpp"
 #include "collection/DataExtractorManager.hpp"
 #include "collection/RunEvents.hpp"
 #include "dataset/RunStop.hpp"
+#include "net/CurlTransport.hpp"
 #include "net/RestService.hpp"
 
 #include <tavrin/options.hpp>
@@ -17,6 +19,13 @@
 
 namespace tavrin {
 
+// How a run encodes and sends its dataset. The defaults are the library's; the
+// benchmarks run the alternatives beside them to measure what the defaults buy.
+struct RunEngines {
+  DeflateEngine deflate = DeflateEngine::libdeflate;
+  CurlTransport::Connections connections = CurlTransport::Connections::kept;
+};
+
 // The collection run behind TavrinService: owns the extraction manager and the
 // REST client, and drives permissions, uniqueness check, extraction, JSON,
 // compression, base64 and upload in that order. One run at a time, each under
@@ -27,7 +36,8 @@ class TavrinServiceCore {
   // logs in, in that order. Throws TavrinError: invalidInput "Url is incorrect"
   // before any traffic, invalidInput for an option out of range, or the
   // login's error.
-  TavrinServiceCore(std::string url, std::string authKey, const ServiceOptions& options);
+  TavrinServiceCore(std::string url, std::string authKey, const ServiceOptions& options,
+                    RunEngines engines = {});
   // Cancels a run of collectDataAsync still in progress and waits for it.
   ~TavrinServiceCore();
   TavrinServiceCore(const TavrinServiceCore&) = delete;
@@ -58,6 +68,7 @@ class TavrinServiceCore {
   std::chrono::milliseconds _deadline;
   RunStop _stop;
   std::atomic<bool> _running{false};
+  DeflateEngine _deflateEngine;
   std::string _url;
   std::unique_ptr<RestService> _restService;
   DataExtractorManager dataExtractorManager;
