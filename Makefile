@@ -7,7 +7,8 @@ CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
 .PHONY: demo test test-sanitize test-tsan bench bench-link bench-link-build fuzz package docs deps \
-  build clean format coverage check-format check-layers tidy mutate
+  build clean format coverage check-format check-layers tidy mutate check-abi \
+  abi-baseline
 
 deps:
 	@./scripts/install-deps.sh
@@ -33,11 +34,13 @@ test-sanitize: deps
 	  UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j $(JOBS)
 
 # The tests in which another thread is part of the story, built with clang under
-# ThreadSanitizer: platform completions (prompts, reminders), and servers in the
+# ThreadSanitizer: platform completions (prompts, reminders), servers in the
 # process answering the transport, the collection run and the sandbox under load
-# on threads of their own, and the sandbox's process, a thread per connection,
-# stopped while clients hold their connections. TSAN_TESTS is a ctest regular expression over test
-# names; extend it when a test of another waiting path is added.
+# on threads of their own, the sandbox's process, a thread per connection,
+# stopped while clients hold their connections, and runs on the library's thread
+# (collectDataAsync) cancelled from the test's (SandboxCollection). TSAN_TESTS
+# is a ctest regular expression over test names; extend it when a test of
+# another waiting path is added.
 TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
@@ -141,6 +144,15 @@ tidy: build
 	@run-clang-tidy-14 -p $(BUILD) -j $(JOBS) -quiet '$(CURDIR)/(src|tools)/' >$(BUILD)/tidy.log 2>&1 \
 	  || { grep -E 'warning:|error:' -A3 $(BUILD)/tidy.log | head -n 200; exit 1; }
 	@echo "clang-tidy: no findings in src/ and tools/"
+
+# The shared library against the ABI baseline of the last release (abi/): a
+# change that would break a binary built against it fails, unless the SONAME
+# is new. `make abi-baseline` writes the baseline when a release is made.
+ABI_BASELINE := abi/libtavrinsdk.so.1.abi
+check-abi: build
+	@./scripts/check-abi.sh $(ABI_BASELINE) $(BUILD)/src/libtavrinsdk.so
+abi-baseline: build
+	@./scripts/check-abi.sh --write-baseline $(BUILD)/src/libtavrinsdk.so include >$(ABI_BASELINE)
 
 format:
 	@clang-format -i $$(git ls-files '*.cpp' '*.hpp' '*.h' '*.c')

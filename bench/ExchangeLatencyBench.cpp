@@ -36,10 +36,10 @@ sandbox::ExchangeTimes collectAgainst(bool tcpNoDelay, const platform::DevicePro
   for (int n = 0; n < servicesPerConfiguration; ++n) {
     auto recorder = std::make_shared<sandbox::ExchangeRecorder>();
     ServiceOptions service;
-    service.platform = std::make_shared<platform::ProfilePlatform>(profile);
-    service.caFile = server.tlsFiles().authority.string();
-    service.resolve = {server.resolve()};
-    service.observer = recorder;
+    service.setPlatform(std::make_shared<platform::ProfilePlatform>(profile))
+        .setCaFile(server.tlsFiles().authority.string())
+        .setResolve({server.resolve()})
+        .setObserver(recorder);
     TavrinServiceCore core(server.url(), "sandbox-key", service);
     core.collectData("latency-" + std::to_string(getpid()) + "-" + std::to_string(n));
     times.append(recorder->times);

@@ -97,6 +97,7 @@ class StageRecorder final : public CollectionObserver {
   void sourceFinished(std::string_view name, std::size_t, std::chrono::nanoseconds) override {
     endStage(std::string(name));
   }
+  void datasetReady(std::string_view) override { endStage("JSON"); }
   void exchangeStarted(std::string_view name) override {
     if (name == "check") endStage("permissions");
     if (name == "upload") endStage("DEFLATE and base64");
@@ -158,14 +159,13 @@ int bench::collectPhoneChild(int argc, char** argv) {
   try {
     auto recorder = std::make_shared<StageRecorder>();
     ServiceOptions options;
-    options.platform = std::make_shared<platform::ProfilePlatform>(profile);
-    options.resolve = {argv[5]};
-    options.caFile = argv[6];
-    options.observer = recorder;
+    options.setPlatform(std::make_shared<platform::ProfilePlatform>(profile))
+        .setResolve({argv[5]})
+        .setCaFile(argv[6])
+        .setObserver(recorder);
     TavrinServiceCore core(argv[4], "sandbox-key", options, enginesNamed(argv[3]));
     recorder->begin();
-    const std::string answer =
-        core.collectData(argv[7], [&](std::string_view) { recorder->endStage("JSON"); });
+    const std::string answer = core.collectData(argv[7]);
     recorder->endStage("end");
     recorder->stages.pop_back();  // returning the answer: nothing to measure
     std::cout << "answer\t" << answer << "\nbaseline\t" << recorder->baselineResident << '\n';

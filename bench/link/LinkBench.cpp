@@ -92,10 +92,10 @@ LinkRun collectOverLink(const LinkProfile& link, const platform::DeviceProfile& 
     LinkRelay relay(link, server.port());
     const std::string address = hostName + ":" + std::to_string(relay.port());
     ServiceOptions options;
-    options.platform = std::make_shared<platform::ProfilePlatform>(phone);
-    options.caFile = server.tlsFiles().authority.string();
-    options.resolve = {address + ":127.0.0.1"};
-    options.requestTimeout = linkRequestTimeout;
+    options.setPlatform(std::make_shared<platform::ProfilePlatform>(phone))
+        .setCaFile(server.tlsFiles().authority.string())
+        .setResolve({address + ":127.0.0.1"})
+        .setRequestTimeout(linkRequestTimeout);
     try {
       StageClock clock;
       TavrinServiceCore core("https://" + address, "sandbox-key", options, engines);

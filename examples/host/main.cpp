@@ -50,9 +50,11 @@ std::optional<Arguments> parse(int argc, char** argv) {
     } else if (option == "--record") {
       arguments.record = std::move(value);
     } else if (option == "--ca-file") {
-      arguments.options.caFile = std::move(value);
+      arguments.options.setCaFile(std::move(value));
     } else if (option == "--resolve") {
-      arguments.options.resolve.push_back(std::move(value));
+      auto entries = arguments.options.resolve();
+      entries.push_back(std::move(value));
+      arguments.options.setResolve(std::move(entries));
     } else if (option == "--profile") {
       arguments.profile = std::move(value);
     } else {
@@ -77,7 +79,7 @@ int main(int argc, char** argv) {
   // the Linux machine it runs on (a null platform).
   if (!arguments->profile.empty()) {
     try {
-      arguments->options.platform = tavrin::platform::loadDeviceProfile(arguments->profile);
+      arguments->options.setPlatform(tavrin::platform::loadDeviceProfile(arguments->profile));
     } catch (const tavrin::platform::DeviceProfileError& error) {
       std::cerr << "tavrin-host: " << error.what() << '\n';
       return 3;
@@ -90,9 +92,8 @@ int main(int argc, char** argv) {
     std::cout << service.collectData(arguments->record) << '\n';
     return 0;
   } catch (const tavrin::TavrinError& error) {
-    std::cerr << "tavrin-host: " << error.what();
-    if (error.getErrorMessage()) std::cerr << ": " << *error.getErrorMessage();
-    std::cerr << '\n';
+    // what() names the kind and gives the message.
+    std::cerr << "tavrin-host: " << error.what() << '\n';
   } catch (const tavrin::JsonWriteError& error) {
     std::cerr << "tavrin-host: the dataset cannot be written: " << error.what() << '\n';
   }

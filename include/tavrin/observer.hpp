@@ -24,12 +24,17 @@ struct ExchangeOutcome {
 /// source of a collection run as it starts and finishes, and each HTTPS
 /// exchange (login, check, upload, a repeated login) as it starts and ends.
 ///
-/// Every call comes on the thread that called the TavrinService constructor
-/// or collectData, one at a time, while that call blocks; calls for one run
-/// come in order. The observer must return quickly, must not call back into
-/// the service and should not throw (an exception it throws is ignored).
-/// Every member has an empty default, so an observer overrides only what it
-/// shows. A service takes one through ServiceOptions::observer.
+/// Every call comes on the thread that runs the operation (the caller of the
+/// TavrinService constructor, collectData or previewDataset, or the library's
+/// thread of collectDataAsync), one at a time; calls for one run come in order.
+/// The observer must return quickly, must not call back into the service except
+/// cancel(), and should not throw (an exception it throws is ignored). Every
+/// member has an empty default, so an observer overrides only what it shows. A
+/// service takes one through ServiceOptions::setObserver.
+///
+/// The class stays as it is for all of 1.x: later callbacks come in a class
+/// derived from it, which the library recognises with dynamic_cast, so an
+/// observer built against 1.0 keeps working.
 class TAVRIN_EXPORT CollectionObserver {
  public:
   virtual ~CollectionObserver() = default;
@@ -45,6 +50,10 @@ class TAVRIN_EXPORT CollectionObserver {
   virtual void exchangeStarted(std::string_view name);
   /// That exchange ended, with or without an answer.
   virtual void exchangeFinished(std::string_view name, const ExchangeOutcome& outcome);
+  /// The dataset of a collection run, as the compact JSON that is compressed and
+  /// uploaded next; `json` is valid during the call only. Calling cancel() here stops
+  /// the run before anything is uploaded.
+  virtual void datasetReady(std::string_view json);
 };
 
 }  // namespace tavrin

@@ -1,7 +1,7 @@
 #include "collection/DataExtractorManager.hpp"
 
-#include "collection/notifyObserver.hpp"
 #include "dataset/DeviceIdentity.hpp"
+#include "dataset/RunStop.hpp"
 #include "extractors/ApplicationInfo.hpp"
 #include "extractors/CalendarEventExtractor.hpp"
 #include "extractors/CalendarExtractor.hpp"
@@ -78,18 +78,19 @@ DatasetDocument DataExtractorManager::extractData() {
   platform::Clock& clock = _platform->clock();
   const double start = clock.now();
   for (const auto& extractor : _extractors) {
+    // A source that the stopping run cut short is never reported as done.
+    checkRunStop();
     const std::string& name = extractor->dataSourceNameKey();
-    notifyObserver(_observer, [&](CollectionObserver& observer) { observer.sourceStarted(name); });
+    _events->sourceStarted(name);
     const auto started = std::chrono::steady_clock::now();
     Element section = extractor->extract();
     const auto elapsed = std::chrono::steady_clock::now() - started;
     section.shrinkToFit();
+    checkRunStop();
     // What the source read from the platform is freed by now; handed back at
     // once, it does not stay resident under the next source and the JSON.
     os::releaseFreedHeap();
-    notifyObserver(_observer, [&](CollectionObserver& observer) {
-      observer.sourceFinished(name, section.ChildElements().size(), elapsed);
-    });
+    _events->sourceFinished(name, section.ChildElements().size(), elapsed);
     document.push_back(std::move(section));
   }
   const double end = clock.now();

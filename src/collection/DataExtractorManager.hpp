@@ -1,10 +1,10 @@
 #pragma once
 
+#include "collection/RunEvents.hpp"
 #include "dataset/Element.hpp"
 #include "dataset/IDataExtractor.hpp"
 #include "extractors/LocationUtil.hpp"
 
-#include <tavrin/observer.hpp>
 #include <tavrin/platform/Platform.hpp>
 
 #include <memory>
@@ -22,11 +22,13 @@ class DataExtractorManager {
   explicit DataExtractorManager(std::shared_ptr<platform::Platform> platform);
 
   // Runs every source afresh, one after another, and returns the document.
-  // Never throws: sources record their failures in their sections.
+  // Sources record their failures in their sections; the only error is the
+  // stop error, thrown before and after each source once the run on this
+  // thread is to stop.
   DatasetDocument extractData();
 
-  // Tells `observer` (or nobody, when null) when each source starts and ends.
-  void setObserver(CollectionObserver* observer) { _observer = observer; }
+  // Tells `events` (which must outlive the manager) when each source starts and ends.
+  void setEvents(const RunEvents& events) { _events = &events; }
 
   // The rotation shared by the photo-library sources.
   const LocationUtil& locationUtil() const { return *_locationUtil; }
@@ -44,7 +46,7 @@ class DataExtractorManager {
   const std::optional<std::string> _sdkIdentifier;
   std::shared_ptr<const LocationUtil> _locationUtil;
   std::vector<std::unique_ptr<IDataExtractor>> _extractors;
-  CollectionObserver* _observer = nullptr;
+  const RunEvents* _events = &RunEvents::nobody();
 };
 
 }  // namespace tavrin

@@ -2,13 +2,14 @@
 
 #include "codec/RawDeflate.hpp"
 #include "collection/DataExtractorManager.hpp"
+#include "collection/RunEvents.hpp"
 #include "dataset/MappedBuffer.hpp"
 
 #include <string>
 
 // The one way from a device to what a collection uploads. The service, the
-// dataset preview and offline collections all go through these two steps, so
-// they cannot drift apart.
+// dataset preview and offline collections all go through these steps, so they
+// cannot drift apart. Each step ends with a point where a stopped run stops.
 namespace tavrin::DatasetPipeline {
 
 // Runs every source of `manager` afresh and writes the dataset as compact
@@ -20,8 +21,13 @@ MappedBuffer datasetJson(DataExtractorManager& manager);
 // What the upload carries for a dataset's JSON: the base64 text of its raw
 // DEFLATE, by libdeflate unless the benchmarks ask for the zlib reference.
 // The JSON is released as soon as it is compressed, before the base64 text
-// takes its room. Throws TavrinError processingFailed "Compress failed" when
-// the compression yields nothing.
-std::string uploadPayload(MappedBuffer json, DeflateEngine engine = DeflateEngine::libdeflate);
+// takes its room. Logs the three sizes to `events`. Throws TavrinError
+// processingFailed "Compress failed" when the compression yields nothing.
+std::string uploadPayload(MappedBuffer json, const RunEvents& events = {},
+                          DeflateEngine engine = DeflateEngine::libdeflate);
+
+// What a run would upload from `platform` now, as JSON: the permission prompts
+// of a collection, then the dataset.
+std::string previewJson(platform::Platform& platform, DataExtractorManager& manager);
 
 }  // namespace tavrin::DatasetPipeline

@@ -1,31 +1,37 @@
 #include "collection/PermissionHeplper.hpp"
 
+#include "dataset/PendingAnswer.hpp"
 #include "extractors/PermissionExtractor.hpp"
 
-#include <semaphore>
-
 namespace tavrin {
+namespace {
+
+// Shows one prompt through `ask` and waits for its answer. A run that stops
+// meanwhile stops here; the prompt's late answer then lands in the pending
+// answer, which its handler keeps alive.
+template <typename Ask>
+void promptAndWait(Ask&& ask) {
+  const PendingAnswer<bool> answered;
+  ask([answered](auto&&...) { answered.deliver(true); });
+  if (!answered.wait()) checkRunStop();
+}
+
+}  // namespace
 
 void PermissionHeplper::requestPermissions(platform::Platform& platform) {
   using platform::AuthorizationStatus::notDetermined;
   using platform::ContactEntityType::contacts;
-  // One semaphore for the whole sequence: each prompt is waited for before the
-  // next is made, so the user sees at most one at a time.
-  std::counting_semaphore<> answered(0);
-  const auto signal = [&answered](auto&&...) { answered.release(); };
-
+  // Each prompt is waited for before the next is made, so the user sees at
+  // most one at a time.
   if (platform.photos().authorizationStatus() == notDetermined) {
-    platform.photos().requestAuthorization(signal);
-    answered.acquire();
+    promptAndWait([&](auto handler) { platform.photos().requestAuthorization(handler); });
   }
   if (platform.contacts().authorizationStatus(contacts) == notDetermined) {
-    platform.contacts().requestAccess(contacts, signal);
-    answered.acquire();
+    promptAndWait([&](auto handler) { platform.contacts().requestAccess(contacts, handler); });
   }
   for (const std::int64_t entity : {platform::EntityType::event, platform::EntityType::reminder}) {
     if (platform.events().authorizationStatus(entity) == notDetermined) {
-      platform.events().requestAccess(entity, signal);
-      answered.acquire();
+      promptAndWait([&](auto handler) { platform.events().requestAccess(entity, handler); });
     }
   }
 }

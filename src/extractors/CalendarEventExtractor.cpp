@@ -1,5 +1,6 @@
 #include "extractors/CalendarEventExtractor.hpp"
 
+#include "dataset/RunStop.hpp"
 #include "extractors/CalendarCommon.hpp"
 
 #include <tavrin/error.hpp>
@@ -92,12 +93,15 @@ Element CalendarEventExtractor::extract() {
   try {
     range = predicateDates();
   } catch (const TavrinError& error) {
-    // The failure stays inside the source as its one entry.
-    element.addError(error);
+    // The failure stays inside the source as its one entry, described by its
+    // kind alone, as a platform's error describes itself.
+    element.addError(
+        std::string_view(std::string("TavrinError.") + errorTypeName(error.getErrorType())));
     return element;
   }
   Row row;
   for (const platform::Event& event : store.events(range.first, range.second, calendars)) {
+    if (runStopping()) break;
     row.clear();
     appendEventRow(row, event);
     element.append(row);

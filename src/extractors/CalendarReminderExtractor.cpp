@@ -1,24 +1,16 @@
 #include "extractors/CalendarReminderExtractor.hpp"
 
+#include "dataset/PendingAnswer.hpp"
 #include "extractors/CalendarCommon.hpp"
-
-#include <memory>
 
 namespace tavrin {
 
 void CalendarReminderExtractor::appendReminderRows(
-    const std::optional<std::vector<platform::Reminder>>& reminders,
-    std::counting_semaphore<>& semaphore, const CalendarReminderExtractor& extractor,
-    Element& element) {
-  // The waiting extraction resumes when this guard goes, after the last append,
-  // whichever way the function is left.
-  const auto release = [](std::counting_semaphore<>* waiting) { waiting->release(); };
-  const std::unique_ptr<std::counting_semaphore<>, decltype(release)> guard(&semaphore, release);
-
+    const std::optional<std::vector<platform::Reminder>>& reminders, Element& element) const {
   if (!reminders) {
     // A fetch that fails delivers no list; unlike an empty one it is recorded,
     // so that "no reminders" and "reminders unreadable" stay apart.
-    std::string description = extractor.dataSourceNameKey();
+    std::string description = _dataSourceNameKey;
     description.append(": ").append(noListFailure);
     element.addError(std::string_view(description));
     return;
@@ -43,16 +35,13 @@ Element CalendarReminderExtractor::extract() {
   if (!grantsCalendarAccess(store, platform::EntityType::reminder, _dataSourceNameKey, element)) {
     return element;
   }
-  // The completion shares the semaphore, so it stays alive until release()
-  // has returned on the store's thread even though this thread may have woken
-  // and left by then. The element is touched by the completion only before the
-  // release, and here only after the wait.
-  const auto semaphore = std::make_shared<std::counting_semaphore<>>(0);
+  // The completion only hands the list over; the rows are made here, after
+  // the wait. A run that stops meanwhile leaves the section as it is.
+  using Fetched = std::optional<std::vector<platform::Reminder>>;
+  const PendingAnswer<Fetched> fetched;
   store.fetchReminders(calendarIdentifiers(store, platform::EntityType::reminder),
-                       [this, semaphore, &element](auto reminders) {
-                         appendReminderRows(reminders, *semaphore, *this, element);
-                       });
-  semaphore->acquire();
+                       [fetched](Fetched reminders) { fetched.deliver(std::move(reminders)); });
+  if (const auto reminders = fetched.wait()) appendReminderRows(*reminders, element);
   return element;
 }
 

@@ -1,5 +1,6 @@
 #include "extractors/ContactExtractor.hpp"
 
+#include "dataset/RunStop.hpp"
 #include "extractors/AccessGate.hpp"
 #include "extractors/ContactKeys.hpp"
 
@@ -194,10 +195,12 @@ Element ContactExtractor::extract() {
     addVersionKeys(_gates);
 
     // Each row goes into the element as soon as its contact arrives, so the
-    // address book is never held a second time.
+    // address book is never held a second time. Once the run stops, the rest
+    // of the contacts pass unread.
     Row row;
     const std::optional<platform::PlatformError> failure =
         store.enumerateContacts(_contactKeys, [&](const platform::Contact& contact) {
+          if (runStopping()) return;
           row.clear();
           makeContactRow(contact, row);
           element.append(row);

@@ -1,5 +1,7 @@
 #include "extractors/MediaAlbumExtractor.hpp"
 
+#include "dataset/RunStop.hpp"
+
 namespace tavrin {
 
 Element MediaAlbumExtractor::extract() {
@@ -11,9 +13,10 @@ Element MediaAlbumExtractor::extract() {
 Element MediaAlbumExtractor::collectAlbumRows() const {
   Element rows(_dataSourceNameKey);
   for (const std::int64_t type : collectionTypes) {
-    photos().enumerateCollections(
-        type, platform::PhotoLibrary::anySubtype,
-        [&](const platform::AssetCollection& collection) { appendAlbumRow(collection, rows); });
+    photos().enumerateCollections(type, platform::PhotoLibrary::anySubtype,
+                                  [&](const platform::AssetCollection& collection) {
+                                    if (!runStopping()) appendAlbumRow(collection, rows);
+                                  });
   }
   return rows;
 }

@@ -1,5 +1,6 @@
 #include "extractors/MediaExtractorBase.hpp"
 
+#include "dataset/RunStop.hpp"
 #include "extractors/AccessGate.hpp"
 
 #include <utility>
@@ -51,8 +52,9 @@ Element MediaExtractorBase::extractAssets(std::initializer_list<std::int64_t> me
   Element element(_dataSourceNameKey);
   if (!isAuthorized(element)) return element;
   for (const std::int64_t mediaType : mediaTypes) {
+    // Once the run stops, the rest of the library passes unread.
     photos().enumerateAssets(mediaType, [&](const platform::Asset& asset) {
-      appendAssetRow(asset, *locationUtil, element);
+      if (!runStopping()) appendAssetRow(asset, *locationUtil, element);
     });
   }
   return element;

@@ -6,14 +6,23 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <optional>
+#include <variant>
 
 namespace tavrin {
 namespace {
 
 using CurlList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
+// The longest the transfer loop sleeps: libcurl checks the idle watchdog each
+// time the loop comes round.
+constexpr int longestPollMilliseconds = 1000;
+// Request ids are short tokens; a longer or stranger header is cut to this.
+constexpr std::size_t longestRequestId = 128;
 
 // A hostile or broken server must not be able to exhaust memory with an
 // endless answer; real answers are a few hundred bytes.
@@ -77,17 +86,81 @@ int progress(void* context, curl_off_t, curl_off_t received, curl_off_t, curl_of
   return 1;  // libcurl aborts the exchange
 }
 
+// Removes the easy handle from the multi handle on every way out.
+struct MultiMembership {
+  MultiMembership(CURLM* group, CURL* transfer) : multi(group), easy(transfer) {}
+  MultiMembership(const MultiMembership&) = delete;
+  MultiMembership& operator=(const MultiMembership&) = delete;
+  ~MultiMembership() { curl_multi_remove_handle(multi, easy); }
+  CURLM* multi;
+  CURL* easy;
+};
+
+// How long the transfer loop may sleep before it looks at the run again.
+int pollMilliseconds(const RunStop* stop) {
+  if (stop == nullptr || stop->deadline() == RunStop::Clock::time_point::max()) {
+    return longestPollMilliseconds;
+  }
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(stop->deadline() - RunStop::Clock::now());
+  return static_cast<int>(std::clamp<std::int64_t>(left.count(), 1, longestPollMilliseconds));
+}
+
+// Runs one transfer to its end through libcurl's multi interface (whose
+// handle keeps the connections between transfers), so that the wait can be woken: cancel() wakes
+// the poll at once, and the deadline bounds each sleep. Gives libcurl's result, or why the run
+// stopped it.
+std::variant<CURLcode, StopReason> perform(CURLM* multi, CURL* easy) {
+  if (curl_multi_add_handle(multi, easy) != CURLM_OK) return CURLE_FAILED_INIT;
+  const MultiMembership membership(multi, easy);
+  RunStop* stop = currentRunStop();
+  std::optional<RunStop::Wake> wake;
+  if (stop != nullptr) wake.emplace(*stop, [multi] { curl_multi_wakeup(multi); });
+
+  for (;;) {
+    int running = 0;
+    if (curl_multi_perform(multi, &running) != CURLM_OK) return CURLE_FAILED_INIT;
+    if (running == 0) break;
+    if (const auto why = stop != nullptr ? stop->reason() : std::nullopt) return *why;
+    if (curl_multi_poll(multi, nullptr, 0, pollMilliseconds(stop), nullptr) != CURLM_OK) {
+      return CURLE_FAILED_INIT;
+    }
+  }
+  int queued = 0;
+  while (const CURLMsg* message = curl_multi_info_read(multi, &queued)) {
+    if (message->msg == CURLMSG_DONE) return message->data.result;
+  }
+  return CURLE_FAILED_INIT;
+}
+
+// The response's X-Request-Id in printable ASCII, since it ends up in logs.
+std::string requestId(CURL* easy) {
+  curl_header* header = nullptr;
+  if (curl_easy_header(easy, "X-Request-Id", 0, CURLH_HEADER, -1, &header) != CURLHE_OK) return {};
+  std::string id(header->value);
+  id.erase(std::remove_if(id.begin(), id.end(), [](char c) { return c < 0x21 || c > 0x7E; }),
+           id.end());
+  if (id.size() > longestRequestId) id.resize(longestRequestId);
+  return id;
+}
+
 }  // namespace
 
 void CurlTransport::HandleCleanup::operator()(void* handle) const noexcept {
   curl_easy_cleanup(handle);
 }
 
-CurlTransport::CurlTransport(const ServiceOptions& options, Connections connections)
-    : _caFile(options.caFile),
-      _resolve(options.resolve),
-      _pinnedPublicKey(options.pinnedPublicKey),
-      _requestTimeout(options.requestTimeout),
+void CurlTransport::MultiCleanup::operator()(void* multi) const noexcept {
+  curl_multi_cleanup(multi);
+}
+
+CurlTransport::CurlTransport(const ServiceOptions& options, std::string userAgent,
+                             Connections connections)
+    : _caFile(options.caFile()),
+      _resolve(options.resolve()),
+      _pinnedPublicKey(options.pinnedPublicKey()),
+      _requestTimeout(options.requestTimeout()),
+      _userAgent(std::move(userAgent)),
       _connections(connections) {
   if (_requestTimeout.count() <= 0) {
     throw TavrinError(ErrorType::invalidInput, "Request timeout must be positive");
@@ -96,8 +169,11 @@ CurlTransport::CurlTransport(const ServiceOptions& options, Connections connecti
 
 HttpOutcome CurlTransport::send(const HttpRequest& request) {
   if (!curlReady()) return TransportFailure{"libcurl could not be initialised"};
-  if (!_handle || _connections == Connections::perRequest) _handle.reset(curl_easy_init());
-  if (!_handle) return TransportFailure{"libcurl could not create a handle"};
+  if (!_handle || _connections == Connections::perRequest) {
+    _handle.reset(curl_easy_init());
+    _multi.reset(curl_multi_init());
+  }
+  if (!_handle || !_multi) return TransportFailure{"libcurl could not create a handle"};
   CURL* handle = _handle.get();
   const OptionsReset clearedAfterwards{handle};
 
@@ -135,6 +211,7 @@ HttpOutcome CurlTransport::send(const HttpRequest& request) {
   if (!_pinnedPublicKey.empty()) set(CURLOPT_PINNEDPUBLICKEY, _pinnedPublicKey.c_str());
   if (resolve) set(CURLOPT_RESOLVE, resolve.get());
   set(CURLOPT_HTTPHEADER, headers.get());
+  if (!_userAgent.empty()) set(CURLOPT_USERAGENT, _userAgent.c_str());
   set(CURLOPT_ACCEPT_ENCODING, "");
   if (request.method == "POST") {
     set(CURLOPT_POST, 1L);
@@ -154,7 +231,9 @@ HttpOutcome CurlTransport::send(const HttpRequest& request) {
   set(CURLOPT_XFERINFODATA, &transfer);
   if (code != CURLE_OK) return TransportFailure{curl_easy_strerror(code)};
 
-  code = curl_easy_perform(handle);
+  const auto performed = perform(_multi.get(), handle);
+  if (const auto* stopped = std::get_if<StopReason>(&performed)) return TransferStopped{*stopped};
+  code = std::get<CURLcode>(performed);
   if (transfer.stalled) return TransportFailure{"no data moved within the request timeout"};
   if (transfer.oversized) return TransportFailure{"the response is too large"};
   if (code != CURLE_OK) {
@@ -165,7 +244,7 @@ HttpOutcome CurlTransport::send(const HttpRequest& request) {
   if (curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status) != CURLE_OK) {
     return TransportFailure{"no status code"};
   }
-  return HttpResponse{status, std::move(transfer.body)};
+  return HttpResponse{status, std::move(transfer.body), requestId(handle)};
 }
 
 }  // namespace tavrin

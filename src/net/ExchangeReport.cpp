@@ -1,17 +1,29 @@
 #include "net/ExchangeReport.hpp"
 
-#include "collection/notifyObserver.hpp"
+#include <new>
 
 namespace tavrin {
 
-ExchangeReport::ExchangeReport(CollectionObserver* observer, std::string_view name)
-    : _observer(observer), _name(name), _start(std::chrono::steady_clock::now()) {
-  notifyObserver(_observer, [this](CollectionObserver& o) { o.exchangeStarted(_name); });
+ExchangeReport::ExchangeReport(const RunEvents& events, std::string_view name)
+    : _events(events), _name(name), _start(std::chrono::steady_clock::now()) {
+  _events.exchangeStarted(_name);
 }
 
 ExchangeReport::~ExchangeReport() {
   _outcome.elapsed = std::chrono::steady_clock::now() - _start;
-  notifyObserver(_observer, [this](CollectionObserver& o) { o.exchangeFinished(_name, _outcome); });
+  try {
+    std::string detail;
+    if (!_requestId.empty()) detail = "request " + _requestId;
+    if (!_failure.empty()) detail += (detail.empty() ? "" : ", ") + _failure;
+    _events.exchangeFinished(_name, _outcome, detail);
+  } catch (const std::bad_alloc&) {
+    // Reporting must not end the process on the way out of an exchange.
+  }
+}
+
+void ExchangeReport::answered(long status, const std::string& requestId) {
+  _outcome.status = static_cast<int>(status);
+  _requestId = requestId;
 }
 
 }  // namespace tavrin

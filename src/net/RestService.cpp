@@ -56,50 +56,60 @@ std::string uploadBody(const std::string& data, const std::string& recordNumber)
   return body;
 }
 
+// Only a flat object of strings is a login answer, whatever else it holds,
+// and it must name both parts of the token pair.
+bool isTokenPair(const Json& answer) {
+  if (!answer.is_object() || !answer.contains("token_type") || !answer.contains("access_token")) {
+    return false;
+  }
+  return std::all_of(answer.begin(), answer.end(),
+                     [](const Json& member) { return member.is_string(); });
+}
+
 }  // namespace
 
 RestService::RestService(std::string url, std::unique_ptr<HttpTransport> transport)
     : _url(std::move(url)), _transport(std::move(transport)) {}
 
 void RestService::login(std::string authKey) {
-  ExchangeReport report(_observer, "login");
-  const Json answer =
-      exchange(makeRequest(loginPath, true, serialize(Json{{"authKey", authKey}})), report);
+  ExchangeReport report(*_events, "login");
+  HttpOutcome outcome;
+  const Answer answer = exchange(
+      makeRequest(loginPath, true, serialize(Json{{"authKey", authKey}})), outcome, report);
 
-  // Only a flat object of strings is a login answer, whatever else it holds.
-  if (!answer.is_object()) throw failure(ErrorType::processingFailed);
-  for (const auto& member : answer) {
-    if (!member.is_string()) throw failure(ErrorType::processingFailed);
+  if (!isTokenPair(answer.body)) {
+    fail(report, failure(ErrorType::processingFailed), &answer.response);
   }
-  const auto tokenType = answer.find("token_type");
-  const auto accessToken = answer.find("access_token");
-  if (tokenType == answer.end() || accessToken == answer.end()) {
-    throw failure(ErrorType::processingFailed);
-  }
-  _tokenType = tokenType->get<std::string>();
-  _accessToken = accessToken->get<std::string>();
+  _tokenType = answer.body.at("token_type").get<std::string>();
+  _accessToken = answer.body.at("access_token").get<std::string>();
   _authKey = std::move(authKey);
   report.succeeded();
 }
 
 bool RestService::checkUniqueness(const std::string& recordNumber) {
-  ExchangeReport report(_observer, "check");
-  const Json answer =
+  ExchangeReport report(*_events, "check");
+  HttpOutcome outcome;
+  const Answer answer =
       exchange(makeAuthorizedRequest(checkUniquenessPath, true,
                                      serialize(Json{{"recordNumber", recordNumber}})),
-               report);
-  if (!answer.is_boolean()) throw failure(ErrorType::processingFailed);
+               outcome, report);
+  if (!answer.body.is_boolean()) {
+    fail(report, failure(ErrorType::processingFailed), &answer.response);
+  }
   report.succeeded();
-  return answer.get<bool>();
+  return answer.body.get<bool>();
 }
 
 std::string RestService::upload(const std::string& data, const std::string& recordNumber) {
-  ExchangeReport report(_observer, "upload");
-  Json answer =
-      exchange(makeAuthorizedRequest(uploadPath, true, uploadBody(data, recordNumber)), report);
-  if (!answer.is_string()) throw failure(ErrorType::processingFailed);
+  ExchangeReport report(*_events, "upload");
+  HttpOutcome outcome;
+  Answer answer = exchange(makeAuthorizedRequest(uploadPath, true, uploadBody(data, recordNumber)),
+                           outcome, report);
+  if (!answer.body.is_string()) {
+    fail(report, failure(ErrorType::processingFailed), &answer.response);
+  }
   report.succeeded();
-  return std::move(answer.get_ref<std::string&>());
+  return std::move(answer.body.get_ref<std::string&>());
 }
 
 HttpRequest RestService::makeRequest(std::string_view path, bool isPost, std::string body) const {
@@ -120,18 +130,36 @@ HttpRequest RestService::makeAuthorizedRequest(std::string_view path, bool isPos
   return request;
 }
 
-Json RestService::exchange(const HttpRequest& request, ExchangeReport& report) {
-  HttpOutcome outcome = _transport->send(request);
-  const auto* response = std::get_if<HttpResponse>(&outcome);
-  if (response == nullptr) throw failure(ErrorType::connectionFailed);
-  report.answered(response->status);
-  if (response->status < 200 || response->status > 299) throw errorFromResponse(*response);
+RestService::Answer RestService::exchange(const HttpRequest& request, HttpOutcome& outcome,
+                                          ExchangeReport& report) {
+  outcome = _transport->send(request);
+  if (const auto* stopped = std::get_if<TransferStopped>(&outcome)) {
+    fail(report, stopError(stopped->reason));
+  }
+  if (const auto* broken = std::get_if<TransportFailure>(&outcome)) {
+    fail(report, TavrinError(ErrorType::connectionFailed, std::nullopt, 0, {}, broken->reason));
+  }
+  const auto& response = std::get<HttpResponse>(outcome);
+  report.answered(response.status, response.requestId);
+  if (response.status < 200 || response.status > 299) {
+    fail(report, errorFromResponse(response), &response);
+  }
   // A success that carries nothing is an empty completion, as a failed transfer is.
-  if (response->body.empty()) throw failure(ErrorType::connectionFailed);
+  if (response.body.empty()) fail(report, failure(ErrorType::connectionFailed), &response);
 
-  Json answer = Json::parse(response->body, nullptr, false);
-  if (answer.is_discarded()) throw failure(ErrorType::processingFailed);
-  return answer;
+  Json answer = Json::parse(response.body, nullptr, false);
+  if (answer.is_discarded()) fail(report, failure(ErrorType::processingFailed), &response);
+  return {std::move(answer), response};
+}
+
+void RestService::fail(ExchangeReport& report, const TavrinError& error,
+                       const HttpResponse* response) {
+  std::string why = error.what();
+  if (!error.transportReason().empty()) why += " (" + error.transportReason() + ")";
+  report.failed(std::move(why));
+  if (response == nullptr) throw error;
+  throw TavrinError(error.getErrorType(), error.getErrorMessage(),
+                    static_cast<int>(response->status), response->requestId, {});
 }
 
 TavrinError RestService::errorFromResponse(const HttpResponse& response) {

@@ -3,7 +3,8 @@
 namespace tavrin {
 
 std::optional<ErrorType> errorTypeFromRawValue(long long rawValue) noexcept {
-  if (rawValue < 0 || rawValue > 4) return std::nullopt;
+  constexpr auto last = static_cast<long long>(ErrorType::cancelled);
+  if (rawValue < 0 || rawValue > last) return std::nullopt;
   return static_cast<ErrorType>(rawValue);
 }
 
@@ -14,6 +15,7 @@ const char* errorTypeName(ErrorType type) noexcept {
     case ErrorType::accessDenied: return "accessDenied";
     case ErrorType::serverRejected: return "serverRejected";
     case ErrorType::processingFailed: return "processingFailed";
+    case ErrorType::cancelled: return "cancelled";
   }
   return "unknown";
 }

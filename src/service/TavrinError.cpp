@@ -2,8 +2,24 @@
 
 namespace tavrin {
 
+struct TavrinError::Details {
+  int httpStatus = 0;
+  std::string requestId;
+  std::string transportReason;
+  std::string description;  // what() says
+};
+
 TavrinError::TavrinError(ErrorType errorType, std::optional<std::string> errorMessage)
-    : _errorType(errorType), _errorMessage(std::move(errorMessage)) {}
+    : TavrinError(errorType, std::move(errorMessage), 0, {}, {}) {}
+
+TavrinError::TavrinError(ErrorType errorType, std::optional<std::string> errorMessage,
+                         int httpStatus, std::string requestId, std::string transportReason)
+    : _errorType(errorType), _errorMessage(std::move(errorMessage)) {
+  std::string description = std::string("TavrinError.") + errorTypeName(errorType);
+  if (_errorMessage) description.append(": ").append(*_errorMessage);
+  _details = std::make_shared<const Details>(
+      Details{httpStatus, std::move(requestId), std::move(transportReason), description});
+}
 
 ErrorType TavrinError::getErrorType() const noexcept { return _errorType; }
 
@@ -11,17 +27,14 @@ const std::optional<std::string>& TavrinError::getErrorMessage() const noexcept 
   return _errorMessage;
 }
 
-const char* TavrinError::what() const noexcept {
-  // The description is fixed per kind so that it can be recorded in a
-  // dataset without leaking message text.
-  switch (_errorType) {
-    case ErrorType::invalidInput: return "TavrinError.invalidInput";
-    case ErrorType::connectionFailed: return "TavrinError.connectionFailed";
-    case ErrorType::accessDenied: return "TavrinError.accessDenied";
-    case ErrorType::serverRejected: return "TavrinError.serverRejected";
-    case ErrorType::processingFailed: return "TavrinError.processingFailed";
-  }
-  return "TavrinError";
+int TavrinError::httpStatus() const noexcept { return _details->httpStatus; }
+
+const std::string& TavrinError::requestId() const noexcept { return _details->requestId; }
+
+const std::string& TavrinError::transportReason() const noexcept {
+  return _details->transportReason;
 }
+
+const char* TavrinError::what() const noexcept { return _details->description.c_str(); }
 
 }  // namespace tavrin

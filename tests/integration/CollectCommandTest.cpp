@@ -4,6 +4,7 @@
 #include "ToolProcess.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <fstream>
 #include <tuple>
@@ -17,16 +18,19 @@ class CollectCommand : public testing::Test {
  protected:
   // `tavrin collect` against the test server, with the test profile; without
   // progress lines unless asked for, and trusting the test CA unless told not to.
-  ToolRun collect(std::vector<std::string> extra = {}, bool quiet = true, bool trust = true) {
-    extra.insert(extra.begin(), {"collect", "--url", bed.server.url(), "--key", "key-1", "--record",
-                                 "r-1", "--profile", collectionProfile, "--resolve",
-                                 bed.server.resolveEntry(), "--timeout", "10"});
+  ToolRun collect(std::vector<std::string> extra = {}, bool quiet = true, bool trust = true,
+                  const std::vector<std::string>& environment = {}) {
+    extra.insert(extra.begin(),
+                 {"collect", "--url", bed.server.url(), "--record", "r-1", "--profile",
+                  collectionProfile, "--resolve", bed.server.resolveEntry(), "--timeout", "10"});
+    extra.insert(extra.end(), key.begin(), key.end());
     if (quiet) extra.push_back("--quiet");
     if (trust) extra.insert(extra.end(), {"--ca-file", bed.tls.authority.string()});
-    return runTool(extra);
+    return runTool(extra, {}, {}, environment);
   }
 
   TlsTestBed bed;
+  std::vector<std::string> key{"--key", "key-1"};  // how collect() passes the key
 };
 
 TEST_F(CollectCommand, PrintsTheAnswerShowsEachStepAsAPlainLineAndWritesTheUploadedDocument) {
@@ -55,6 +59,42 @@ TEST_F(CollectCommand, PrintsTheAnswerShowsEachStepAsAPlainLineAndWritesTheUploa
   EXPECT_EQ(refused.exitCode, 12);
   EXPECT_NE(refused.errors.find("exchange check: HTTP 403, refused in "), std::string::npos);
   EXPECT_TRUE(refused.errors.ends_with("\nerror: accessDenied: 403\n")) << refused.errors;
+
+  // A dataset file that cannot be written stops the run before the upload.
+  const ToolRun unwritable = collect({"--dataset-out", bed.directory.path().string()});
+  EXPECT_EQ(unwritable.exitCode, 1);
+  EXPECT_EQ(unwritable.errors, "error: cannot write " + bed.directory.path().string() + "\n");
+  EXPECT_EQ(bed.server.receivedPaths().back(), TestServer::checkPath);
+}
+
+// The key from a file or the environment stays out of ps; --verbose prints the
+// library's log, and text from the server is printed with its controls escaped.
+TEST_F(CollectCommand, TakesTheKeyFromAFileOrTheEnvironmentAndEscapesTheServersText) {
+  std::ofstream(bed.directory / "key") << "key-from-file\r\nsecond line\n";
+  const struct {
+    std::vector<std::string> key;
+    std::vector<std::string> environment;
+    int exitCode;
+    const char* sent;  // the login's key; nullptr: no login
+  } sources[] = {
+      {{"--key-file", (bed.directory / "key").string()}, {"TAVRIN_KEY=k"}, 0, "key-from-file"},
+      {{"--key", "key-2"}, {"TAVRIN_KEY=k"}, 0, "key-2"},
+      {{}, {"TAVRIN_KEY=key-from-env"}, 0, "key-from-env"},
+      {{}, {}, 1, nullptr},
+      {{"--key", "a", "--key-file", (bed.directory / "key").string()}, {}, 2, nullptr},
+  };
+  for (const auto& source : sources) {
+    key = source.key;
+    bed.server.script(TestServer::uploadPath, {200, R"("ok\u001b[2J\n\\")"});
+    const auto logins = bed.server.receivedPaths().size();
+    const ToolRun result =
+        collect({"--verbose", "--deadline", "5"}, true, true, source.environment);
+    EXPECT_EQ(result.exitCode, source.exitCode) << result.errors;
+    if (!source.sent) continue;
+    EXPECT_EQ(result.output, "ok\\x1b[2J\\n\\\\\n");
+    EXPECT_EQ(nlohmann::json::parse(bed.server.received()[logins].body).at("authKey"), source.sent);
+    EXPECT_NE(result.errors.find("tavrin: info: login: HTTP 200 in "), std::string::npos);
+  }
 }
 
 // Quiet: standard error holds the error line alone. A refused exchange (exit code 12) is
@@ -69,6 +109,8 @@ TEST_F(CollectCommand, FailuresExitWithTheKindAndSayWhy) {
   } failures[] = {
       {TestServer::loginPath, 401, R"({"title":"auth_key_invalid"})", 10,
        "error: invalidInput: invalid_grant_key. Authentication key is invalid\n"},
+      {TestServer::checkPath, 403, R"({"title":"action_forbidden","detail":"a\u0007\nb"})", 12,
+       "error: accessDenied: action_forbidden. a\\x07\\nb\n"},
       {nullptr, 0, "", 11, "error: connectionFailed\n"},
       {TestServer::checkPath, 200, "false", 13,
        "error: serverRejected: record_number_not_unique. Record number is not unique\n"},
@@ -89,6 +131,7 @@ TEST_F(CollectCommand, BadArgumentsStopBeforeAnyTraffic) {
   const std::vector<std::string> withoutRecord{"collect", "--url", bed.server.url(), "--key", "k"};
   EXPECT_EQ(runTool(withoutRecord).exitCode, 2);
   for (const auto& [option, value, exitCode] : {std::tuple{"--timeout", "0", 2},
+                                                {"--deadline", "-1", 2},
                                                 {"--profile", "missing.json", 2},
                                                 {"--profile", "broken.json", 3}}) {
     auto arguments = withoutRecord;

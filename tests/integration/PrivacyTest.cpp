@@ -106,6 +106,7 @@ struct Collection {
   std::set<std::string> markers;  // every marker the phone holds
   json upload;                    // the dataset as the server received it
   std::vector<Found> texts;       // every text of the upload
+  std::vector<std::string> log;   // every log line of the run
 };
 
 // The phone, generated and collected once for all the tests.
@@ -128,7 +129,10 @@ const Collection& collection() {
 
     testing_support::TlsTestBed bed;
     ServiceOptions serviceOptions = bed.options();
-    serviceOptions.platform = std::make_shared<platform::ProfilePlatform>(profile);
+    serviceOptions.setPlatform(std::make_shared<platform::ProfilePlatform>(profile))
+        .setLog([&log = result.log](LogLevel, std::string_view line) { log.emplace_back(line); });
+    // A refused token, so that the new login is logged too.
+    bed.server.script(testing_support::TestServer::uploadPath, {401, ""});
     TavrinService(bed.server.url(), "privacy-key", serviceOptions).collectData("privacy-1");
     result.upload = json::parse(testing_support::uploadedDocument(bed.server.received().back()));
     // Every text with its place, from pointers such as "/3/Contacts/17/23/0/6".
@@ -177,6 +181,24 @@ TEST(Privacy, NoMarkerTravelsInClearOrAsADigestOutsideItsAllowance) {
   }
   // Each kind the allowances name is found in its form, so the texts read are the ones sent.
   EXPECT_EQ(used, allowed);
+}
+
+// The log tells the whole run (every source, every exchange, the new login,
+// the sizes) and never a marker, its digest, the key or a token.
+TEST(Privacy, NoLogLineHoldsPersonalTextTheKeyOrAToken) {
+  std::set<std::string> secrets{"privacy-key", "token-1", "token-2", "Bearer"};
+  for (const auto& marker : collection().markers) secrets.insert({marker, md5Hex(marker)});
+  std::string all;
+  for (const auto& line : collection().log) {
+    all += line + '\n';
+    for (const auto& secret : secrets) EXPECT_EQ(line.find(secret), std::string::npos) << line;
+  }
+  // 13 sources, 5 exchanges, the new login, the sizes, the login and the run done.
+  EXPECT_EQ(collection().log.size(), 13U + 5 + 4) << all;
+  for (const char* told : {"source Contacts: 2500 entries in ", "upload: HTTP 401 in ",
+                           "logging in again", "bytes of JSON", "collection done in "}) {
+    EXPECT_NE(all.find(told), std::string::npos) << told << " in\n" << all;
+  }
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using Paths = std::vector<std::string>;
 class RestServiceOverTls : public testing::Test {
  protected:
   RestService client(const ServiceOptions& options) {
-    return RestService(bed.server.url(), std::make_unique<CurlTransport>(options));
+    return RestService(bed.server.url(), std::make_unique<CurlTransport>(options, ""));
   }
 
   TlsTestBed bed;
@@ -28,7 +28,7 @@ class RestServiceOverTls : public testing::Test {
 
 TEST_F(RestServiceOverTls, SendsTheThreeRequestsAsTheServiceExpectsThem) {
   ServiceOptions options = bed.options();
-  options.pinnedPublicKey = publicKeyPin(bed.tls.privateKey);  // the server's own key passes
+  options.setPinnedPublicKey(publicKeyPin(bed.tls.privateKey));  // the server's own key passes
   RestService service = client(options);
   service.login("key-1");
   EXPECT_TRUE(service.checkUniqueness("r-1"));
@@ -60,17 +60,17 @@ TEST_F(RestServiceOverTls, ServerTheClientMayNotTrustIsAConnectionFailure) {
                            const std::string& host = "api.tavrin.com") {
     SCOPED_TRACE(why);
     const std::string address = host + ":" + std::to_string(bed.server.port());
-    options.resolve = {address + ":127.0.0.1"};
-    RestService service("https://" + address, std::make_unique<CurlTransport>(options));
+    options.setResolve({address + ":127.0.0.1"});
+    RestService service("https://" + address, std::make_unique<CurlTransport>(options, ""));
     expectTavrinError([&] { service.login("key-1"); }, ErrorType::connectionFailed, std::nullopt);
   };
   ServiceOptions options = bed.options();
-  options.caFile = other.authority.string();
+  options.setCaFile(other.authority.string());
   refused("another authority", options);
-  options.caFile.clear();
+  options.setCaFile("");
   refused("the system's authorities", options);
   options = bed.options();
-  options.pinnedPublicKey = publicKeyPin(other.privateKey);
+  options.setPinnedPublicKey(publicKeyPin(other.privateKey));
   refused("the key of another server pinned", options);
   // The certificate names api.tavrin.com and 127.0.0.1 only.
   refused("another host name", bed.options(), "other.tavrin.com");

@@ -137,11 +137,12 @@ TEST(SandboxServer, SlowClientsFromOneAddressStarveNobody) {
   for (int i = 0; i < 8; ++i) {
     collections.push_back(std::async(std::launch::async, [&server, i]() -> std::string {
       ServiceOptions service;
-      service.platform =
-          platform::loadDeviceProfile(TAVRIN_SOURCE_DIR "/examples/profiles/iphone-realistic.json");
-      service.caFile = server.tlsFiles().authority.string();
-      service.resolve = {server.resolve()};
-      service.requestTimeout = 10s;
+      service
+          .setPlatform(platform::loadDeviceProfile(TAVRIN_SOURCE_DIR
+                                                   "/examples/profiles/iphone-realistic.json"))
+          .setCaFile(server.tlsFiles().authority.string())
+          .setResolve({server.resolve()})
+          .setRequestTimeout(10s);
       try {
         return TavrinService(server.url(), "sandbox-key", service)
             .collectData("normal-" + std::to_string(i));
@@ -166,9 +167,8 @@ TEST(SandboxServer, AnswersWithoutWaitingForTheClientsAcknowledgement) {
   sandbox::SandboxServer server(sandbox::SandboxOptions{});
   server.start();
   ServiceOptions options;
-  options.caFile = server.tlsFiles().authority.string();
-  options.resolve = {server.resolve()};
-  RestService client(server.url(), std::make_unique<CurlTransport>(options));
+  options.setCaFile(server.tlsFiles().authority.string()).setResolve({server.resolve()});
+  RestService client(server.url(), std::make_unique<CurlTransport>(options, ""));
   std::vector<std::chrono::steady_clock::duration> logins(20);
   for (auto& login : logins) {
     const auto start = std::chrono::steady_clock::now();

@@ -18,9 +18,9 @@ TlsTestBed::TlsTestBed(std::size_t requestsPerConnection)
 
 ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
   ServiceOptions options;
-  options.caFile = tls.authority.string();
-  options.resolve = {server.resolveEntry()};
-  options.requestTimeout = timeout;
+  options.setCaFile(tls.authority.string())
+      .setResolve({server.resolveEntry()})
+      .setRequestTimeout(timeout);
   return options;
 }
 

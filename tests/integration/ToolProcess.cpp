@@ -15,7 +15,8 @@ extern char** environ;
 namespace tavrin::testing_support {
 
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::string& input,
-                         const std::filesystem::path& directory, int errors) {
+                         const std::filesystem::path& directory, int errors,
+                         const std::vector<std::string>& environment) {
   const auto inputFile = _scratch / "stdin", errorFile = _scratch / "stderr";
   std::ofstream(inputFile, std::ios::binary) << input;
   int pipeEnds[2];
@@ -30,7 +31,11 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const std::s
   std::vector<char*> argv{const_cast<char*>(TAVRIN_TOOL_PATH)};
   for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
-  if (posix_spawn(&_pid, argv[0], &actions, nullptr, argv.data(), environ) != 0) _pid = -1;
+  std::vector<char*> variables;
+  for (char** variable = environ; *variable != nullptr; ++variable) variables.push_back(*variable);
+  for (const auto& entry : environment) variables.push_back(const_cast<char*>(entry.c_str()));
+  variables.push_back(nullptr);
+  if (posix_spawn(&_pid, argv[0], &actions, nullptr, argv.data(), variables.data()) != 0) _pid = -1;
   posix_spawn_file_actions_destroy(&actions);
   close(pipeEnds[1]);
   _stdout = pipeEnds[0];
@@ -75,8 +80,9 @@ int ToolProcess::wait() {
 }
 
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input,
-                const std::filesystem::path& directory) {
-  ToolProcess process(arguments, input, directory);
+                const std::filesystem::path& directory,
+                const std::vector<std::string>& environment) {
+  ToolProcess process(arguments, input, directory, -1, environment);
   return {process.wait(), process.output(), process.errors()};  // evaluated in this order
 }
 

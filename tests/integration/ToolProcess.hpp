@@ -18,9 +18,11 @@ namespace tavrin::testing_support {
 class ToolProcess {
  public:
   // Starts the tool with these arguments, in `directory` when one is given, with
-  // standard error on the descriptor `errors` when one is given.
+  // standard error on the descriptor `errors` when one is given, and the
+  // "NAME=VALUE" entries of `environment` added to this process's environment.
   explicit ToolProcess(const std::vector<std::string>& arguments, const std::string& input = {},
-                       const std::filesystem::path& directory = {}, int errors = -1);
+                       const std::filesystem::path& directory = {}, int errors = -1,
+                       const std::vector<std::string>& environment = {});
   // Kills the process if it still runs.
   ~ToolProcess();
   ToolProcess(const ToolProcess&) = delete;
@@ -62,6 +64,7 @@ struct ToolRun {
 
 // Runs the tool to its end.
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input = {},
-                const std::filesystem::path& directory = {});
+                const std::filesystem::path& directory = {},
+                const std::vector<std::string>& environment = {});
 
 }  // namespace tavrin::testing_support

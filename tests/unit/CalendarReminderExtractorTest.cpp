@@ -26,9 +26,9 @@ TEST(CalendarReminderExtractor, DescribesEveryReminderWithOrWithoutDateComponent
      null, null]])"));
 }
 
-// The rows are appended on the store's thread; each extraction must see all of
-// them once its wait ends. Repeated, since a release that came before the last
-// append would show only in some interleavings (under ThreadSanitizer, as a race).
+// The list is handed over on the store's thread; each extraction must see all
+// of it once its wait ends. Repeated, since a hand-over that is not ordered before
+// the read would show only in some interleavings (under ThreadSanitizer, as a race).
 TEST(CalendarReminderExtractor, SeesEveryRowOnceTheWaitEnds) {
   const auto platform = loadTestProfile("calendar-reminder-rows.json");
   CalendarReminderExtractor extractor("CalendarReminders", *platform);
@@ -48,23 +48,6 @@ TEST(CalendarReminderExtractor, ReturnsWhenTheFetchDeliversNothing) {
     const auto platform = loadTestProfile(profile);
     EXPECT_EQ(sectionValues(CalendarReminderExtractor("CalendarReminders", *platform).extract()),
               nlohmann::json::parse(children));
-  }
-}
-
-TEST(CalendarReminderExtractor, AppendingReleasesTheWaitExactlyOnce) {
-  const auto platform = loadTestProfile("calendar-reminders-empty-fetch.json");
-  const CalendarReminderExtractor extractor("CalendarReminders", *platform);
-  // No list, an empty one, and two reminders.
-  for (const std::optional<std::size_t> count : {std::optional<std::size_t>(), {0}, {2}}) {
-    SCOPED_TRACE(count ? std::to_string(*count) + " reminders" : "no list");
-    Element element(extractor.dataSourceNameKey());
-    std::optional<std::vector<platform::Reminder>> reminders;
-    if (count) reminders.emplace(*count);
-    std::counting_semaphore<> semaphore(0);
-    CalendarReminderExtractor::appendReminderRows(reminders, semaphore, extractor, element);
-    EXPECT_TRUE(semaphore.try_acquire());
-    EXPECT_FALSE(semaphore.try_acquire());
-    EXPECT_EQ(element.ChildElements().size(), count.value_or(1));
   }
 }
 

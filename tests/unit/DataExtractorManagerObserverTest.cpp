@@ -32,8 +32,10 @@ class ThrowingObserver : public CollectionObserver {
 // throws does not change the run.
 TEST(DataExtractorManagerObserver, HearsEverySourceInRunOrderAndCannotBreakTheRun) {
   DataExtractorManager manager(platform::makeLinuxPlatform("observer-test"));
-  RecordingObserver observer;
-  manager.setObserver(&observer);
+  const auto recording = std::make_shared<RecordingObserver>();
+  const RunEvents events(recording, {});
+  manager.setEvents(events);
+  RecordingObserver& observer = *recording;
   const DatasetDocument document = manager.extractData();
   std::vector<std::string> expected;
   for (std::size_t i = 1; i < document.size(); ++i) {
@@ -44,8 +46,8 @@ TEST(DataExtractorManagerObserver, HearsEverySourceInRunOrderAndCannotBreakTheRu
   EXPECT_EQ(observer.calls, expected);
   EXPECT_EQ(observer.calls.size(), 2 * manager.extractors().size());
 
-  ThrowingObserver throwing;
-  manager.setObserver(&throwing);
+  const RunEvents throwing(std::make_shared<ThrowingObserver>(), {});
+  manager.setEvents(throwing);
   EXPECT_EQ(manager.extractData().size(), document.size());
 }
 

@@ -27,6 +27,7 @@ TEST(FaultRule, ValidRulesAreReadInEveryPart) {
         Parsed{"check:status=503", Exchange::check, Action::status, 503},
         Parsed{"any:drop*2", std::nullopt, Action::drop, 0, 2},
         Parsed{"check:stall", Exchange::check, Action::stall},
+        Parsed{"upload:drip", Exchange::upload, Action::drip},
         Parsed{"login:numeric-member", Exchange::login, Action::numericMember},
         Parsed{"upload:error=403/action_forbidden/Plan expired", Exchange::upload, Action::error,
                403, std::nullopt, "", "action_forbidden", "Plan expired"},

@@ -51,7 +51,7 @@ using enum Exchange;
 class RestServiceTest : public testing::Test {
  protected:
   void answer(long status, std::string body) {
-    transport->outcomes.emplace_back(HttpResponse{status, std::move(body)});
+    transport->outcomes.emplace_back(HttpResponse{status, std::move(body), "id-7"});
   }
 
   // Logs in with "key-1" (token "first") and forgets that request.
@@ -125,12 +125,18 @@ struct MappingRow {
 class StatusMapping : public RestServiceTest,
                       public testing::WithParamInterface<std::tuple<Exchange, MappingRow>> {};
 
+// The error also carries the answer's status and request id, or the transport's reason.
 TEST_P(StatusMapping, GivesTheErrorOfTheRow) {
   const auto& [exchange, row] = GetParam();
   logIn();
   row.status == 0 ? transport->outcomes.push_back(unreachable) : answer(row.status, row.body);
-  expectTavrinError([&, exchange = exchange] { perform(exchange); }, row.type, row.message);
+  const auto error =
+      expectTavrinError([&, exchange = exchange] { perform(exchange); }, row.type, row.message);
   EXPECT_EQ(transport->requests.size(), 1u);
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->httpStatus(), row.status);
+  EXPECT_EQ(error->requestId(), row.status == 0 ? "" : "id-7");
+  EXPECT_EQ(error->transportReason(), row.status == 0 ? "refused" : "");
 }
 
 const MappingRow mappingRows[] = {
@@ -172,7 +178,10 @@ TEST_P(SuccessAnswer, IsAcceptedOnlyInTheShapeOfItsExchange) {
   if (row.result) {
     EXPECT_EQ(perform(row.exchange), *row.result);
   } else {
-    expectTavrinError([&] { perform(row.exchange); }, row.failure, std::nullopt);
+    const auto error = expectTavrinError([&] { perform(row.exchange); }, row.failure, std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->httpStatus(), row.exchange == login ? 201 : 200);
+    EXPECT_EQ(error->requestId(), "id-7");
   }
 }
 
@@ -209,8 +218,10 @@ class ExchangeLog : public CollectionObserver {
 };
 
 TEST_F(RestServiceTest, ObserverHearsEveryExchangeAndAFailedLoginKeepsTheOldTokensAndKey) {
-  ExchangeLog log;
-  service.setObserver(&log);
+  const auto observer = std::make_shared<ExchangeLog>();
+  const RunEvents events(observer, {});
+  service.setEvents(events);
+  ExchangeLog& log = *observer;
   logIn();
   answer(500, "");
   expectTavrinError([&] { service.login("key-2"); }, serverRejected, std::nullopt);

@@ -7,11 +7,11 @@
 namespace tavrin {
 namespace {
 
-TEST(ErrorType, RawValuesOutsideZeroToFourGiveNoKind) {
-  for (long long raw : {-1LL, 5LL, 1000LL, -9223372036854775807LL}) {
+TEST(ErrorType, RawValuesOutsideZeroToFiveGiveNoKind) {
+  for (long long raw : {-1LL, 6LL, 1000LL, -9223372036854775807LL}) {
     EXPECT_FALSE(errorTypeFromRawValue(raw).has_value()) << raw;
   }
-  for (int raw = 0; raw <= 4; ++raw) {
+  for (int raw = 0; raw <= 5; ++raw) {
     const auto type = errorTypeFromRawValue(raw);
     ASSERT_TRUE(type.has_value());
     EXPECT_EQ(rawValue(*type), raw);
@@ -19,13 +19,18 @@ TEST(ErrorType, RawValuesOutsideZeroToFourGiveNoKind) {
   EXPECT_EQ(errorTypeFromRawValue(3), ErrorType::serverRejected);
 }
 
-TEST(TavrinError, WhatNamesTheKindAndNotTheMessage) {
-  const TavrinError error(ErrorType::accessDenied, "secret detail");
-  EXPECT_STREQ(error.what(), "TavrinError.accessDenied");
-  EXPECT_EQ(error.getErrorMessage(), "secret detail");
-  const TavrinError bare(ErrorType::connectionFailed, std::nullopt);
+TEST(TavrinError, WhatNamesTheKindAndTheMessageAndCopiesKeepTheExchange) {
+  const TavrinError error(ErrorType::accessDenied, "403", 403, "id-1", "");
+  const TavrinError copy = error;
+  EXPECT_STREQ(copy.what(), "TavrinError.accessDenied: 403");
+  EXPECT_EQ(copy.getErrorMessage(), "403");
+  EXPECT_EQ(copy.httpStatus(), 403);
+  EXPECT_EQ(copy.requestId(), "id-1");
+  const TavrinError bare(ErrorType::cancelled, std::nullopt);
+  EXPECT_STREQ(bare.what(), "TavrinError.cancelled");
   EXPECT_FALSE(bare.getErrorMessage().has_value());
-  EXPECT_STREQ(errorTypeName(bare.getErrorType()), "connectionFailed");
+  EXPECT_EQ(bare.httpStatus(), 0);
+  EXPECT_EQ(bare.requestId() + bare.transportReason(), "");
 }
 
 TEST(Version, SymbolsHoldTheExactBytes) {

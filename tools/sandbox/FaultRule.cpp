@@ -96,10 +96,12 @@ FaultRule parseFaultRule(std::string_view text) {
     rule.action = FaultRule::Action::drop;
   } else if (verb == "stall" && !hasArgument) {
     rule.action = FaultRule::Action::stall;
+  } else if (verb == "drip" && !hasArgument) {
+    rule.action = FaultRule::Action::drip;
   } else {
     refuse(text,
            "the action must be status=CODE, error=CODE/TITLE[/DETAIL], body=CODE/TEXT, "
-           "numeric-member, drop or stall");
+           "numeric-member, drop, stall or drip");
   }
   return rule;
 }

@@ -22,8 +22,10 @@ std::string_view exchangeName(Exchange exchange);
 //   numeric-member           a good token pair plus a numeric member (login only)
 //   drop                     close the connection without answering
 //   stall                    never answer; hold the request until the client gives up
+//   drip                     the normal answer, its body sent one byte a second after
+//                            a minute of blanks: a server that is slow but never idle
 struct FaultRule {
-  enum class Action { status, error, body, numericMember, drop, stall };
+  enum class Action { status, error, body, numericMember, drop, stall, drip };
 
   std::optional<Exchange> target;  // absent: any exchange
   Action action = Action::status;

@@ -2,14 +2,13 @@
 
 #include "BoundedJson.hpp"
 #include "PrintableText.hpp"
+#include "RandomHex.hpp"
 #include "StopSignal.hpp"
 #include "collection/StatusResource.hpp"
 
-#include <openssl/rand.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace tavrin::sandbox {
 
@@ -85,7 +84,18 @@ Answer SandboxExchanges::answer(Exchange exchange, std::string_view body,
        : exchange == Exchange::check ? _counts.checks
                                      : _counts.uploads);
   }
-  if (auto rule = takeFault(exchange)) return injected(*rule);
+  const auto rule = takeFault(exchange);
+  if (rule && rule->action != FaultRule::Action::drip) return injected(*rule);
+  Answer answer = normal(exchange, body, authorization);
+  if (rule) {
+    answer.drip = true;
+    answer.note = "fault " + rule->text + ", then " + answer.note;
+  }
+  return answer;
+}
+
+Answer SandboxExchanges::normal(Exchange exchange, std::string_view body,
+                                std::string_view authorization) {
   if (exchange == Exchange::login) return login(body);
   if (!authorized(authorization)) return {401, {}, "bare 401: no valid token"};
   try {
@@ -136,6 +146,7 @@ Answer SandboxExchanges::injected(const FaultRule& rule) {
               note};
     case FaultRule::Action::drop: return {500, {}, note, true, false};
     case FaultRule::Action::stall: return {503, {}, note, false, true};
+    case FaultRule::Action::drip: break;  // the normal answer, which answer() makes
   }
   return {500, {}, note};
 }
@@ -162,16 +173,7 @@ bool SandboxExchanges::authorized(std::string_view authorization) {
 }
 
 std::string SandboxExchanges::issueToken() {
-  unsigned char random[24];
-  if (RAND_bytes(random, sizeof random) != 1) {
-    throw std::runtime_error("no random bytes for a token");
-  }
-  static constexpr char hex[] = "0123456789abcdef";
-  std::string token;
-  for (unsigned char byte : random) {
-    token += hex[byte >> 4];
-    token += hex[byte & 0xF];
-  }
+  std::string token = randomHex(24);
   const auto issued = now();
   const std::lock_guard lock(_mutex);
   std::erase_if(_tokens, [issued](const auto& entry) { return entry.second <= issued; });

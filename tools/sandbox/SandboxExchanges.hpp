@@ -30,6 +30,7 @@ struct Answer {
   std::string note;    // what the log says about it
   bool drop = false;   // close the connection instead of answering
   bool stall = false;  // answer only once the client has given up
+  bool drip = false;   // send the body one byte a second, after a minute of blanks
 
   // The status with the document {"title": TITLE, "detail": DETAIL}.
   static Answer error(int status, std::string_view title, std::string_view detail,
@@ -53,6 +54,8 @@ class SandboxExchanges {
   void addFault(FaultRule rule);
 
  private:
+  // The answer without fault rules.
+  Answer normal(Exchange exchange, std::string_view body, std::string_view authorization);
   Answer login(std::string_view body);
   Answer check(std::string_view body);
   Answer upload(std::string_view body);

@@ -33,14 +33,14 @@ ClientRun runClient(std::size_t client, const SandboxServer& server, const std::
                     const std::vector<std::string>& payloads, const LoadOptions& options,
                     Clock::time_point deadline) {
   ServiceOptions transportOptions;
-  transportOptions.caFile = server.tlsFiles().authority.string();
-  transportOptions.resolve = {server.resolve()};
+  transportOptions.setCaFile(server.tlsFiles().authority.string()).setResolve({server.resolve()});
   ClientRun run;
   auto& outcomes = run.outcomes;
-  ExchangeRecorder recorder;
+  const auto recorder = std::make_shared<ExchangeRecorder>();
+  const RunEvents events(recorder, {});
   RestService rest(server.url(),
-                   std::make_unique<CurlTransport>(transportOptions, options.connections));
-  rest.setObserver(&recorder);
+                   std::make_unique<CurlTransport>(transportOptions, "", options.connections));
+  rest.setEvents(events);
   try {
     rest.login(authKey);
   } catch (const TavrinError& error) {
@@ -77,7 +77,7 @@ ClientRun runClient(std::size_t client, const SandboxServer& server, const std::
     }
     outcomes.push_back(std::move(outcome));
   }
-  run.times = std::move(recorder.times);
+  run.times = std::move(recorder->times);
   return run;
 }
 

@@ -1,11 +1,14 @@
 #include "SandboxServer.hpp"
 
 #include "PrintableText.hpp"
+#include "RandomHex.hpp"
 #include "TlsListener.hpp"
 #include "TlsStream.hpp"
 #include "collection/StatusResource.hpp"
 
 #include <httplib.h>
+
+#include <poll.h>
 
 #include <algorithm>
 #include <csignal>
@@ -25,11 +28,24 @@ constexpr std::size_t logLineLimit = 2000;
 // Bounds the permits: requests processed at once, and those stop() releases
 // (at most one waits on each open connection).
 constexpr std::size_t maxPermits = std::size_t{1} << 20;
+// Every answer carries an id under this header, which ends the sandbox's log
+// line for the request too, so that a client's report leads to the line.
+constexpr const char* requestIdHeader = "X-Request-Id";
+// What a dripping answer sends before its body, one byte a second: a minute
+// of blanks, which a JSON reader skips.
+constexpr std::size_t dripPadding = 60;
+
+// Gives the response a new request id; returns it as the log shows it.
+std::string stampRequestId(httplib::Response& response) {
+  std::string id = randomHex(8);
+  response.set_header(requestIdHeader, id);
+  return " (request " + id + ")";
+}
 
 void setAnswer(httplib::Response& response, const Answer& answer, std::string_view marker) {
   response.status = answer.status;
   response.set_header(exchangeHeader, std::string(marker));
-  if (!answer.body.empty()) response.set_content(answer.body, "application/json");
+  if (!answer.body.empty() && !answer.drip) response.set_content(answer.body, "application/json");
 }
 
 }  // namespace
@@ -89,7 +105,7 @@ SandboxServer::SandboxServer(SandboxOptions options)
             notFound ? "no exchange at " + request.method + " " + printable(request.path, 200)
                      : "status " + std::to_string(response.status));
         log(request.method + " " + request.path + " " + std::to_string(answer.status) + " " +
-            answer.note);
+            answer.note + stampRequestId(response));
         response.set_content(answer.body, "application/json");
         return httplib::Server::HandlerResponse::Handled;
       }));
@@ -103,7 +119,7 @@ SandboxServer::SandboxServer(SandboxOptions options)
     } catch (...) {
     }
     const auto answer = Answer::error(500, "sandbox_failure", what);
-    log(request.path + " 500 " + answer.note);
+    log(request.path + " 500 " + answer.note + stampRequestId(response));
     setAnswer(response, answer, "failure");
   });
 
@@ -184,11 +200,31 @@ void SandboxServer::route(Exchange exchange, const httplib::Request& request,
   }
   const bool answered = !answer.drop && !answer.stall;
   log(std::string(exchangeName(exchange)) + " " +
-      (answered ? std::to_string(answer.status) : std::string("no answer")) + " " + answer.note);
+      (answered ? std::to_string(answer.status) : std::string("no answer")) + " " + answer.note +
+      stampRequestId(response));
   TlsStream& stream = TlsStream::of(request);
   if (answer.drop) stream.drop();
   if (answer.stall) stream.holdUntilHangUp();
   setAnswer(response, answer, exchangeName(exchange));
+  if (answer.drip) drip(response, stream, std::string(dripPadding, ' ') + answer.body);
+}
+
+void SandboxServer::drip(httplib::Response& response, TlsStream& stream, std::string text) {
+  response.set_chunked_content_provider(
+      "application/json", [this, &stream, text = std::move(text), sent = std::size_t{0}](
+                              std::size_t, httplib::DataSink& sink) mutable {
+        if (sent == text.size()) {
+          sink.done();
+          return true;
+        }
+        // A second between bytes; a client that hangs up, or stop(), ends the answer.
+        if (sent > 0 &&
+            _stop.wait(stream.socket(), POLLRDHUP, Clock::now() + std::chrono::seconds(1)) !=
+                StopSignal::Wait::timedOut) {
+          return false;
+        }
+        return sink.write(text.data() + sent++, 1);
+      });
 }
 
 std::optional<std::string> SandboxServer::readBody(const httplib::Request& request,

@@ -76,6 +76,9 @@ class SandboxServer {
                                       const httplib::ContentReader& content, std::size_t cap,
                                       Answer& refusal);
   Answer process(Exchange exchange, const std::string& body, const httplib::Request& request);
+  // Sends `text` as the response's body one byte a second, until it is all sent,
+  // the client hangs up or the sandbox stops: slow, but never idle.
+  void drip(httplib::Response& response, TlsStream& stream, std::string text);
   void log(const std::string& line);
 
   SandboxOptions _options;

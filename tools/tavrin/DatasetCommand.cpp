@@ -1,7 +1,6 @@
 #include "Commands.hpp"
 
-#include "collection/DatasetPipeline.hpp"
-#include "collection/PermissionHeplper.hpp"
+#include <tavrin/service.hpp>
 
 #include <nlohmann/json.hpp>
 
@@ -24,14 +23,13 @@ Command addDatasetCommand(CLI::App& app) {
 
   return {command, [options] {
             return runReportingFailure([&options] {
-              const std::shared_ptr<platform::Platform> device = choosePlatform(options->profile);
-              DataExtractorManager manager(device);
-              PermissionHeplper::requestPermissions(*device);
-              const MappedBuffer json = DatasetPipeline::datasetJson(manager);
+              ServiceOptions device;
+              device.setPlatform(choosePlatform(options->profile));
+              const std::string json = previewDataset(device);
               if (options->pretty) {
-                std::cout << nlohmann::json::parse(json.view()).dump(2) << '\n';
+                std::cout << nlohmann::json::parse(json).dump(2) << '\n';
               } else {
-                std::cout << json.view() << '\n';
+                std::cout << json << '\n';
               }
               return ExitCode::success;
             });

@@ -4,6 +4,7 @@
 #include "EmbeddedProfile.hpp"
 #include "ProgressDisplay.hpp"
 #include "SandboxServer.hpp"
+#include "escapeControls.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 
 #include <tavrin/error.hpp>
@@ -55,14 +56,15 @@ int runDemo(const DemoArguments& arguments) {
                 arguments.record.c_str());
     std::fflush(stdout);
 
-    ServiceOptions options;
-    options.platform = platform::ProfilePlatform::fromText(realisticPhoneProfile,
-                                                           "iphone-realistic.json (built in)");
-    options.caFile = sandbox.tlsFiles().authority.string();
-    options.resolve = {sandbox.resolve()};
-    options.requestTimeout = std::chrono::seconds(20);
     const auto progress = std::make_shared<ProgressDisplay>();
-    options.observer = progress;
+    ServiceOptions options;
+    options
+        .setPlatform(platform::ProfilePlatform::fromText(realisticPhoneProfile,
+                                                         "iphone-realistic.json (built in)"))
+        .setCaFile(sandbox.tlsFiles().authority.string())
+        .setResolve({sandbox.resolve()})
+        .setRequestTimeout(std::chrono::seconds(20))
+        .setObserver(progress);
 
     std::string answer;
     try {
@@ -75,7 +77,7 @@ int runDemo(const DemoArguments& arguments) {
       throw;
     }
     progress->finish();
-    std::printf("\nThe server answered: %s\n\n", answer.c_str());
+    std::printf("\nThe server answered: %s\n\n", escapeControls(answer).c_str());
     return showUpload(sandbox, arguments.record) ? ExitCode::success : ExitCode::otherFailure;
   });
 }

@@ -1,4 +1,5 @@
 #include "Commands.hpp"
+#include "escapeControls.hpp"
 
 #include <tavrin/error.hpp>
 
@@ -11,7 +12,8 @@ int runReportingFailure(const std::function<int()>& step) {
     return step();
   } catch (const TavrinError& error) {
     std::cerr << "error: " << errorTypeName(error.getErrorType());
-    if (error.getErrorMessage()) std::cerr << ": " << *error.getErrorMessage();
+    if (error.getErrorMessage()) std::cerr << ": " << escapeControls(*error.getErrorMessage());
+    if (!error.requestId().empty()) std::cerr << " (request " << error.requestId() << ")";
     std::cerr << '\n';
     return ExitCode::tavrinErrorBase + rawValue(error.getErrorType());
   } catch (const JsonWriteError& error) {

@@ -22,6 +22,11 @@ namespace tavrin::platform {
 /// collection at a time, and its ports are called on the thread that runs the
 /// collection. Ports report failure only through the values they return (absent,
 /// PlatformError, a status) and must not throw.
+///
+/// This class and the ports stay as they are for all of 1.x: a later release
+/// that asks more of a device declares the new methods in a class derived from
+/// the port, which the library recognises with dynamic_cast and does without
+/// when a platform built against 1.0 does not implement it.
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -35,6 +40,12 @@ class Platform {
   virtual Clock& clock() = 0;                         ///< The wall clock.
   virtual RandomSource& random() = 0;                 ///< Uniform random integers.
 };
+
+/// True while the collection run (or dataset preview) that calls a port on this
+/// thread has been cancelled or has passed its deadline; false outside a run. A
+/// port that walks a large store may check it and return early: the run then
+/// stops and discards what the port returned. Cheap enough to check per item.
+TAVRIN_EXPORT bool stopRequested() noexcept;
 
 /// The platform of the Linux machine the library runs on. `applicationIdentifier`
 /// names the host application for its vendor identifier; empty: the executable's name.

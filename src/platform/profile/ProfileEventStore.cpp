@@ -71,6 +71,7 @@ std::vector<Event> ProfileEventStore::events(double start, double end,
   // in freed memory, tens of megabytes on a large calendar.
   std::vector<Match> matches;
   for (const auto& event : _events) {
+    if (stopRequested()) break;  // the run discards what it gets now
     if (!contains(calendarIdentifiers, event.calendarIdentifier)) continue;
     if (event.recurrence) {
       appendOccurrences(event, start, end, matches);

@@ -28,6 +28,7 @@ void ProfilePhotoLibrary::enumerateAssets(std::int64_t mediaType,
                                           const std::function<void(const Asset&)>& visit) {
   if (!authorized()) return;
   for (const auto& asset : _assets) {
+    if (stopRequested()) return;  // the run discards what it gets now
     if (asset.mediaType == mediaType) visit(asset);
   }
 }
