@@ -14,7 +14,7 @@ import re
 import sys
 
 # From the bottom up.
-LAYERS = ["os", "codec", "dataset", "extractors", "collection", "net", "service"]
+LAYERS = ["os", "codec", "dataset", "extractors", "collection", "net", "service", "capi"]
 PLATFORMS = {"platform/linux", "platform/profile"}
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')
 
