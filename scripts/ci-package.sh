@@ -60,7 +60,7 @@ check_contents() {  # package, the pattern every file of it must match
 }
 check_contents "$runtime_deb" 'lib/libtavrinsdk\.so\.[0-9.]+'
 check_contents "$tools_deb" 'bin/tavrin'
-check_contents "$dev_deb" 'lib/libtavrinsdk\.(so|a)|include/tavrin/.+\.hpp|lib/cmake/tavrinsdk/tavrinsdk-[a-z-]+\.cmake|lib/pkgconfig/tavrinsdk\.pc'
+check_contents "$dev_deb" 'lib/libtavrinsdk\.(so|a)|include/tavrin/.+\.hpp|include/tavrin/tavrin\.h|lib/cmake/tavrinsdk/tavrinsdk-[a-z-]+\.cmake|lib/pkgconfig/tavrinsdk\.pc'
 
 root=$scratch/root
 for deb in "$runtime_deb" "$dev_deb" "$tools_deb"; do dpkg -x "$deb" "$root"; done
