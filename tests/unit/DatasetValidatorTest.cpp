@@ -1,7 +1,7 @@
 #include "../support/CodecTestData.hpp"
 
 #include "DatasetValidator.hpp"
-#include "PrintableText.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -79,7 +79,8 @@ TEST_P(MalformedPayload, IsRefusedAtTheRightStageInShortPrintableText) {
   EXPECT_EQ(decoded.problem->substr(0, GetParam().problem.size()), GetParam().problem)
       << *decoded.problem;
   // The problem reaches logs and the error document: no raw bytes, no whole tokens.
-  EXPECT_EQ(printable(*decoded.problem), *decoded.problem);
+  EXPECT_EQ(platform::printableExcerpt(*decoded.problem, decoded.problem->size()),
+            *decoded.problem);
   EXPECT_LE(decoded.problem->size(), 300u);
 }
 

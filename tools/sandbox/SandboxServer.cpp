@@ -1,9 +1,9 @@
 #include "SandboxServer.hpp"
 
-#include "PrintableText.hpp"
 #include "TlsListener.hpp"
 #include "TlsStream.hpp"
 #include "collection/StatusResource.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <httplib.h>
 
@@ -86,7 +86,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
         const bool notFound = response.status == 404;
         const auto answer = Answer::error(
             response.status, notFound ? StatusResource::requestNotFound : "request_failed",
-            notFound ? "no exchange at " + request.method + " " + printable(request.path, 200)
+            notFound ? "no exchange at " + request.method + " " +
+                           platform::printableExcerpt(request.path, 200)
                      : "status " + std::to_string(response.status));
         log(request.method + " " + request.path + " " + std::to_string(answer.status) + " " +
             answer.note);
@@ -159,7 +160,7 @@ std::string SandboxServer::clientOptions() const {
 void SandboxServer::log(const std::string& line) {
   if (!_options.log) return;
   // Whatever a client sent stays on one line of printable text.
-  const std::string shown = printable(line, logLineLimit);
+  const std::string shown = platform::printableExcerpt(line, logLineLimit);
   const std::lock_guard lock(_logMutex);
   _options.log(shown);
 }

@@ -3,8 +3,8 @@
 #include "BoundedJson.hpp"
 #include "DatasetReport.hpp"
 #include "DatasetValidator.hpp"
-#include "PrintableText.hpp"
 #include "SandboxStore.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -70,15 +70,18 @@ int listUploads(const sandbox::SandboxStore& store) {
               "verdict");
   for (const auto& upload : store.list()) {
     std::printf("%6lld  %-24s  %-24s  %10zu  %s\n", static_cast<long long>(upload.id),
-                upload.receivedAt.c_str(), sandbox::printable(upload.recordNumber, 64).c_str(),
+                upload.receivedAt.c_str(),
+                platform::printableExcerpt(upload.recordNumber, 64).c_str(),
                 upload.decoded.jsonSize,
-                sandbox::printable(upload.decoded.problem.value_or("valid")).c_str());
+                platform::printableExcerpt(upload.decoded.problem.value_or("valid"), 1024).c_str());
   }
   return 0;
 }
 
 int runInspect(const InspectArguments& arguments) {
-  const sandbox::DatasetValidator validator(arguments.maxDatasetSize);
+  const sandbox::DatasetValidator validator(arguments.maxDatasetSize,
+                                            sandbox::DatasetValidator::defaultMaxJsonValues,
+                                            arguments.maxInflationRatio);
   sandbox::DecodedPayload decoded;
   try {
     if (!arguments.database.empty()) {
@@ -86,13 +89,14 @@ int runInspect(const InspectArguments& arguments) {
       if (arguments.recordNumber.empty()) return listUploads(store);
       auto upload = store.find(arguments.recordNumber);
       if (!upload) {
-        std::cerr << "error: no upload for record " << sandbox::printable(arguments.recordNumber)
-                  << " in " << sandbox::printable(arguments.database) << '\n';
+        std::cerr << "error: no upload for record "
+                  << platform::printableExcerpt(arguments.recordNumber, 64) << " in "
+                  << platform::printableExcerpt(arguments.database, 1024) << '\n';
         return 2;
       }
       if (!arguments.json) {
         std::printf("record %s: upload %lld received %s, %s\n",
-                    sandbox::printable(upload->recordNumber, 64).c_str(),
+                    platform::printableExcerpt(upload->recordNumber, 64).c_str(),
                     static_cast<long long>(upload->id), upload->receivedAt.c_str(),
                     upload->accepted ? "accepted" : "refused");
       }
@@ -103,7 +107,7 @@ int runInspect(const InspectArguments& arguments) {
       decoded = validator.decode(readPayload(arguments.payloadFile));
     }
   } catch (const std::exception& error) {
-    std::cerr << "error: " << sandbox::printable(error.what()) << '\n';
+    std::cerr << "error: " << platform::printableExcerpt(error.what(), 1024) << '\n';
     return 2;
   }
   if (arguments.json) {
