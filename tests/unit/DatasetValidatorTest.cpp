@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <tavrin/codec.hpp>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 
@@ -133,6 +134,17 @@ TEST(DatasetValidator, StopsAtItsSizeAndValueLimits) {
   EXPECT_EQ(bomb.problem.value_or(""),
             "payload: it inflates to more than the limit of 1048576 bytes");
   EXPECT_EQ(bomb.jsonSize, 0u);
+
+  // Nor may it inflate to more than 64 times its DEFLATE bytes, beyond 1 MiB:
+  // a hostile payload is refused after a few megabytes, whatever the limit.
+  for (const std::size_t spaces : {std::size_t{8} << 20, std::size_t{32} << 20}) {
+    const std::string compressed = rawDeflate(std::string(spaces, ' '));
+    const auto allowed = std::max<std::size_t>(1u << 20, 64 * compressed.size());
+    EXPECT_EQ(DatasetValidator().decode(base64(compressed)).problem.value_or(""),
+              "payload: it inflates to more than " + std::to_string(allowed) +
+                  " bytes and 64 times its " + std::to_string(compressed.size()) +
+                  " DEFLATE bytes");
+  }
 
   const std::string text = validDocument().dump();
   EXPECT_TRUE(DatasetValidator(text.size()).decode(base64(rawDeflate(text))).valid());

@@ -52,7 +52,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
     : _options(std::move(options)),
       _store(_options.database, {_options.limits.busyTimeout, _options.limits.maxDatabaseSize},
              false, &_stop.flag()),
-      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues, &_stop.flag()),
+      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues,
+                 _options.limits.maxInflationRatio, &_stop.flag()),
       _exchanges(_options, _store, _validator),
       _permits(static_cast<std::ptrdiff_t>(
           std::clamp<std::size_t>(_options.limits.threads, 1, maxPermits))),

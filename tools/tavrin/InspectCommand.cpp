@@ -25,6 +25,7 @@ struct InspectArguments {
   std::string recordNumber;
   bool json = false;
   std::size_t maxDatasetSize = sandbox::DatasetValidator::defaultMaxJsonSize;
+  std::size_t maxInflationRatio = sandbox::DatasetValidator::defaultMaxInflationRatio;
 };
 
 // Prints the dataset as indented JSON, parsed within the validator's limits;
@@ -142,6 +143,10 @@ Command addInspectCommand(CLI::App& app) {
   command
       ->add_option("--max-dataset", arguments->maxDatasetSize, "Largest inflated dataset in bytes")
       ->check(CLI::Range(std::size_t{1}, std::size_t{16} << 30));
+  command
+      ->add_option("--max-inflation-ratio", arguments->maxInflationRatio,
+                   "Most times its DEFLATE bytes a dataset may inflate to, beyond 1 MiB")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 30));
   return {command, [arguments] { return runInspect(*arguments); }};
 }
 

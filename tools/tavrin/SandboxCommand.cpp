@@ -130,6 +130,9 @@ Command addSandboxCommand(CLI::App& app) {
           "Largest upload body in bytes, chunked or not (413 above)", std::size_t{1}, 4 * gib);
   bounded(command, "--max-dataset", limits.maxDataset, "Largest inflated dataset in bytes",
           std::size_t{1}, 16 * gib);
+  bounded(command, "--max-inflation-ratio", limits.maxInflationRatio,
+          "Most times its DEFLATE bytes a dataset may inflate to, beyond 1 MiB", std::size_t{1},
+          gib);
   bounded(command, "--max-json-values", limits.maxDatasetValues,
           "Most values a dataset's JSON may hold", std::size_t{1}, gib);
   bounded(command, "--request-timeout", arguments->requestTimeout,
