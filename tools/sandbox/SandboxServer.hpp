@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DatasetValidator.hpp"
+#include "HandshakeCounts.hpp"
 #include "PrivateDirectory.hpp"
 #include "SandboxExchanges.hpp"
 #include "SandboxOptions.hpp"
@@ -60,6 +61,8 @@ class SandboxServer {
 
   SandboxStore& store() { return _store; }
   ExchangeCounts counts() const { return _exchanges.counts(); }
+  // The TLS handshakes of the connections made to the sandbox so far.
+  HandshakeCounts handshakes() const;
   // Adds a fault rule after the configured ones.
   void addFault(FaultRule rule) { _exchanges.addFault(std::move(rule)); }
 

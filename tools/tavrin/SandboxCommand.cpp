@@ -153,6 +153,8 @@ Command addSandboxCommand(CLI::App& app) {
   bounded(command, "--max-db-size", limits.maxDatabaseSize,
           "Largest size of the database in bytes; 0: no limit (507 beyond)", std::uint64_t{0},
           std::uint64_t{1} << 50);
+  // Hidden: brings back the delay of Nagle's algorithm, for measuring it.
+  command->add_flag_callback("--tcp-delay", [&options] { options.tcpNoDelay = false; })->group("");
   command->add_option("--fault", arguments->faults,
                       "A fault rule TARGET:ACTION[*TIMES] (repeatable; see docs/sandbox.md)");
   return {command, [arguments] { return runSandbox(*arguments); }};
