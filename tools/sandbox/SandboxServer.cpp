@@ -1,10 +1,10 @@
 #include "SandboxServer.hpp"
 
-#include "PrintableText.hpp"
 #include "RandomHex.hpp"
 #include "TlsListener.hpp"
 #include "TlsStream.hpp"
 #include "collection/StatusResource.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <httplib.h>
 
@@ -68,7 +68,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
     : _options(std::move(options)),
       _store(_options.database, {_options.limits.busyTimeout, _options.limits.maxDatabaseSize},
              false, &_stop.flag()),
-      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues, &_stop.flag()),
+      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues,
+                 _options.limits.maxInflationRatio, &_stop.flag()),
       _exchanges(_options, _store, _validator),
       _permits(static_cast<std::ptrdiff_t>(
           std::clamp<std::size_t>(_options.limits.threads, 1, maxPermits))),
@@ -102,7 +103,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
         const bool notFound = response.status == 404;
         const auto answer = Answer::error(
             response.status, notFound ? StatusResource::requestNotFound : "request_failed",
-            notFound ? "no exchange at " + request.method + " " + printable(request.path, 200)
+            notFound ? "no exchange at " + request.method + " " +
+                           platform::printableExcerpt(request.path, 200)
                      : "status " + std::to_string(response.status));
         log(request.method + " " + request.path + " " + std::to_string(answer.status) + " " +
             answer.note + stampRequestId(response));
@@ -177,7 +179,7 @@ std::string SandboxServer::clientOptions() const {
 void SandboxServer::log(const std::string& line) {
   if (!_options.log) return;
   // Whatever a client sent stays on one line of printable text.
-  const std::string shown = printable(line, logLineLimit);
+  const std::string shown = platform::printableExcerpt(line, logLineLimit);
   const std::lock_guard lock(_logMutex);
   _options.log(shown);
 }

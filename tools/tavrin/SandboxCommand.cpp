@@ -1,6 +1,7 @@
 #include "Commands.hpp"
 
 #include "SandboxServer.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <csignal>
 #include <cstring>
@@ -45,7 +46,7 @@ int runSandbox(SandboxArguments& arguments) {
       options.faults.push_back(sandbox::parseFaultRule(fault));
     }
   } catch (const std::invalid_argument& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    std::cerr << "error: " << platform::printableExcerpt(error.what(), 1024) << '\n';
     return 2;
   }
   if (!arguments.keys.empty()) options.authKeys = arguments.keys;
@@ -71,7 +72,8 @@ int runSandbox(SandboxArguments& arguments) {
   try {
     server = std::make_unique<sandbox::SandboxServer>(options);
   } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    // The messages name the database's path and the files given, as typed.
+    std::cerr << "error: " << platform::printableExcerpt(error.what(), 1024) << '\n';
     return 1;
   }
   server->start();
@@ -128,6 +130,9 @@ Command addSandboxCommand(CLI::App& app) {
           "Largest upload body in bytes, chunked or not (413 above)", std::size_t{1}, 4 * gib);
   bounded(command, "--max-dataset", limits.maxDataset, "Largest inflated dataset in bytes",
           std::size_t{1}, 16 * gib);
+  bounded(command, "--max-inflation-ratio", limits.maxInflationRatio,
+          "Most times its DEFLATE bytes a dataset may inflate to, beyond 1 MiB", std::size_t{1},
+          gib);
   bounded(command, "--max-json-values", limits.maxDatasetValues,
           "Most values a dataset's JSON may hold", std::size_t{1}, gib);
   bounded(command, "--request-timeout", arguments->requestTimeout,
