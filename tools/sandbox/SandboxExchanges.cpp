@@ -85,7 +85,11 @@ Answer SandboxExchanges::answer(Exchange exchange, std::string_view body,
        : exchange == Exchange::check ? _counts.checks
                                      : _counts.uploads);
   }
-  if (auto rule = takeFault(exchange)) return injected(*rule);
+  if (auto rule = takeFault(exchange)) {
+    Answer answer = injected(*rule);
+    answer.fault = rule->text;
+    return answer;
+  }
   if (exchange == Exchange::login) return login(body);
   if (!authorized(authorization)) return {401, {}, "bare 401: no valid token"};
   try {

@@ -1,5 +1,6 @@
 #include "SandboxServer.hpp"
 
+#include "Dashboard.hpp"
 #include "PrintableText.hpp"
 #include "TlsListener.hpp"
 #include "TlsStream.hpp"
@@ -22,6 +23,9 @@ using Clock = StopSignal::Clock;
 constexpr const char* exchangeHeader = "X-Sandbox-Exchange";
 // A log line longer than this is cut.
 constexpr std::size_t logLineLimit = 2000;
+// A dashboard's poll waits at most this long for news (and never longer than
+// a request may take).
+constexpr std::chrono::seconds longestPoll{25};
 // Bounds the permits: requests processed at once, and those stop() releases
 // (at most one waits on each open connection).
 constexpr std::size_t maxPermits = std::size_t{1} << 20;
@@ -82,7 +86,9 @@ SandboxServer::SandboxServer(SandboxOptions options)
   _router->set_keep_alive_timeout(_options.limits.idleTimeout.count());
   _router->set_error_handler(httplib::Server::HandlerWithResponse(
       [this](const httplib::Request& request, httplib::Response& response) {
-        if (response.has_header(exchangeHeader)) return httplib::Server::HandlerResponse::Unhandled;
+        if (response.has_header(exchangeHeader) || !response.body.empty()) {
+          return httplib::Server::HandlerResponse::Unhandled;
+        }
         const bool notFound = response.status == 404;
         const auto answer = Answer::error(
             response.status, notFound ? StatusResource::requestNotFound : "request_failed",
@@ -106,6 +112,12 @@ SandboxServer::SandboxServer(SandboxOptions options)
     log(request.path + " 500 " + answer.note);
     setAnswer(response, answer, "failure");
   });
+
+  if (_options.dashboard) {
+    _dashboard =
+        std::make_unique<Dashboard>(*_router, _store, _validator, _exchangeLog, _permits, _stop,
+                                    std::min(longestPoll, _options.limits.requestTimeout));
+  }
 
   _listener = std::make_unique<TlsListener>(
       _options.bindAddress, _options.port, _served.certificate, _served.privateKey, _options.limits,
@@ -137,6 +149,7 @@ void SandboxServer::start() { _listener->start(); }
 
 void SandboxServer::stop() {
   _stop.raise();
+  _exchangeLog.close();
   // Requests waiting for their turn go on, to answer that the sandbox stops.
   _permits.release(static_cast<std::ptrdiff_t>(
       std::min<std::size_t>(_options.limits.maxConnections, maxPermits)));
@@ -174,6 +187,7 @@ void SandboxServer::serveConnection(TlsStream& stream) {
 void SandboxServer::route(Exchange exchange, const httplib::Request& request,
                           httplib::Response& response, const httplib::ContentReader& content) {
   const auto& limits = _options.limits;
+  const auto began = Clock::now();
   Answer answer;
   if (const auto body = readBody(
           request, content,
@@ -183,6 +197,13 @@ void SandboxServer::route(Exchange exchange, const httplib::Request& request,
   const bool answered = !answer.drop && !answer.stall;
   log(std::string(exchangeName(exchange)) + " " +
       (answered ? std::to_string(answer.status) : std::string("no answer")) + " " + answer.note);
+  _exchangeLog.add(
+      {.exchange = exchange,
+       .status = answered ? std::optional(answer.status) : std::nullopt,
+       .milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - began).count(),
+       .fault = answer.fault,
+       .document = answer.body,
+       .note = answer.note});
   TlsStream& stream = TlsStream::of(request);
   if (answer.drop) stream.drop();
   if (answer.stall) stream.holdUntilHangUp();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DatasetValidator.hpp"
+#include "ExchangeLog.hpp"
 #include "PrivateDirectory.hpp"
 #include "SandboxExchanges.hpp"
 #include "SandboxOptions.hpp"
@@ -26,6 +27,7 @@ namespace tavrin::sandbox {
 class TlsListener;
 class TlsStream;
 class HttpRouter;
+class Dashboard;
 
 // A local stand-in for the scoring service: the three exchanges over HTTPS
 // on a loopback port, every upload validated and stored, and scripted faults.
@@ -58,6 +60,9 @@ class SandboxServer {
   // `tavrin collect`: "--url URL --resolve HOST:PORT:ADDRESS --ca-file PEM".
   std::string clientOptions() const;
 
+  // The page that shows the uploads and exchanges, when it is served.
+  std::string dashboardUrl() const { return url() + "/"; }
+
   SandboxStore& store() { return _store; }
   ExchangeCounts counts() const { return _exchanges.counts(); }
   // Adds a fault rule after the configured ones.
@@ -86,6 +91,8 @@ class SandboxServer {
   // One permit per request processed at once; stop() hands out the rest.
   std::counting_semaphore<> _permits;
   std::unique_ptr<HttpRouter> _router;
+  ExchangeLog _exchangeLog;
+  std::unique_ptr<Dashboard> _dashboard;
   std::unique_ptr<TlsListener> _listener;
   int _port = 0;
   std::mutex _logMutex;
