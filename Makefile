@@ -7,7 +7,7 @@ CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
 .PHONY: demo test test-sanitize test-tsan bench fuzz package docs deps build clean format \
-  coverage check-format check-layers tidy
+  coverage check-format check-layers tidy browser-deps screenshot
 
 deps:
 	@./scripts/install-deps.sh
@@ -19,8 +19,20 @@ build: deps
 demo: build
 	@$(BUILD)/tools/tavrin demo
 
-test: build
+# The browser tests of the dashboard run when Chromium and their npm packages
+# can be installed, and are skipped otherwise; with TAVRIN_REQUIRE_BROWSER=1
+# (as in CI) either is a failure.
+test: build browser-deps
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+browser-deps:
+	@./scripts/install-browser-tests.sh || { [ -z "$$TAVRIN_REQUIRE_BROWSER" ] && \
+	  echo "browser tests skipped: Chromium or their npm packages could not be installed"; }
+
+# The dashboard's screenshot in docs/, taken by the browser test of an upload's page.
+screenshot: build browser-deps
+	@TAVRIN_TOOL=$(BUILD)/tools/tavrin TAVRIN_SOURCE_DIR=$(CURDIR) \
+	  TAVRIN_SCREENSHOT=$(CURDIR)/docs/dashboard.png node tests/browser/dashboard.test.mjs
 
 # The tests once more, built with clang under AddressSanitizer and UndefinedBehaviorSanitizer.
 test-sanitize: deps

@@ -160,6 +160,15 @@ std::string SandboxServer::url() const {
   return "https://" + _options.hostName + ":" + std::to_string(_port);
 }
 
+std::string SandboxServer::dashboardUrl() const {
+  const std::string& address = _options.bindAddress;
+  const bool any = address == "0.0.0.0" || address == "::";
+  const std::string host = any                                      ? std::string("127.0.0.1")
+                           : address.find(':') != std::string::npos ? "[" + address + "]"
+                                                                    : address;
+  return "https://" + host + ":" + std::to_string(_port) + "/";
+}
+
 std::string SandboxServer::resolve() const {
   return _options.hostName + ":" + std::to_string(_port) + ":" + _options.bindAddress;
 }

@@ -60,8 +60,10 @@ class SandboxServer {
   // `tavrin collect`: "--url URL --resolve HOST:PORT:ADDRESS --ca-file PEM".
   std::string clientOptions() const;
 
-  // The page that shows the uploads and exchanges, when it is served.
-  std::string dashboardUrl() const { return url() + "/"; }
+  // The page that shows the uploads and exchanges, when it is served, at the
+  // bound address (which the certificate names too), for a browser that
+  // does not resolve the host name here.
+  std::string dashboardUrl() const;
 
   SandboxStore& store() { return _store; }
   ExchangeCounts counts() const { return _exchanges.counts(); }
