@@ -47,9 +47,10 @@ test-sanitize: deps
 # ThreadSanitizer: platform completions (prompts, reminders), and servers in the
 # process answering the transport, the collection run and the sandbox under load
 # on threads of their own, and the sandbox's process, a thread per connection,
-# stopped while clients hold their connections. TSAN_TESTS is a ctest regular expression over test
+# stopped while clients hold their connections, and the dashboard's polls waiting on the
+# exchange log. TSAN_TESTS is a ctest regular expression over test
 # names; extend it when a test of another waiting path is added.
-TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess
+TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess|SandboxDashboard|DashboardJson
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \
