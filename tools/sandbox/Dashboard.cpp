@@ -55,10 +55,10 @@ void sendJson(httplib::Response& response, const json& document) {
                        "application/json");
 }
 
-void sendFile(httplib::Response& response, std::string content, const char* type,
+void sendFile(httplib::Response& response, const std::string& content, const char* type,
               const std::string& name) {
   response.set_header("Content-Disposition", "attachment; filename=\"" + name + "\"");
-  response.set_content(std::move(content), type);
+  response.set_content(content, type);
 }
 
 // Runs a handler of the API, answering its refusal as a document.
@@ -134,8 +134,8 @@ Dashboard::Dashboard(httplib::Server& router, const SandboxStore& store,
              }));
   router.Get(R"(/api/uploads/(\d+)/payload)",
              api([stored](const httplib::Request& request, httplib::Response& response) {
-               auto upload = stored(request);
-               sendFile(response, std::move(upload.payload), "text/plain",
+               const auto upload = stored(request);
+               sendFile(response, upload.payload, "text/plain",
                         "upload-" + std::to_string(upload.id) + ".base64");
              }));
   router.Get(
