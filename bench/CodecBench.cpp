@@ -102,21 +102,6 @@ Bytes outputFor(std::span<const std::uint8_t> input) {
   return Bytes(deflateBound(nullptr, static_cast<uLong>(input.size())) + 64);
 }
 
-// ---- Choosing the DEFLATE level: ratio and speed on the whole dataset.
-
-void DeflateLevel(benchmark::State& state) {
-  const auto input = std::span(datasetJson());
-  Bytes output = outputFor(input);
-  std::size_t compressedSize = 0;
-  for (auto _ : state) {
-    compressedSize = rawDeflateOneShot(input, output, static_cast<int>(state.range(0)));
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input.size()));
-  state.counters["ratio"] = static_cast<double>(input.size()) / static_cast<double>(compressedSize);
-  state.counters["compressed"] = static_cast<double>(compressedSize);
-}
-BENCHMARK(DeflateLevel)->DenseRange(1, 9)->Unit(benchmark::kMillisecond);
-
 // ---- compress(zlib) against zlib's one-shot routines at the same level.
 
 void Compress_Ours(benchmark::State& state) {

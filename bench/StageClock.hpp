@@ -13,6 +13,9 @@ struct StageTime {
   std::string name;
   double wallSeconds = 0;
   double cpuSeconds = 0;
+  // Pages the thread touched for the first time: each costs the kernel a
+  // fault and, for fresh memory, a page of zeroes, all in cpuSeconds.
+  long pageFaults = 0;
   // Filled by callers that measure memory: the highest resident bytes and the
   // highest heap bytes in use, both above what was there before, and the heap
   // bytes still held when the stage ended.
@@ -31,8 +34,10 @@ class StageClock {
 
  private:
   static double threadCpuSeconds();
+  static long threadPageFaults();
   std::chrono::steady_clock::time_point _wall;
   double _cpu = 0;
+  long _faults = 0;
 };
 
 }  // namespace tavrin::bench

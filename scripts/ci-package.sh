@@ -40,7 +40,7 @@ echo "tavrinsdk-dev depends: $dev_depends"
 echo "tavrin-tools depends: $tools_depends"
 # What dpkg-shlibdeps reads from the library: its own dependencies, and none of
 # the devkit's (the sandbox's HTTP server and database).
-for package in libc6 libstdc++6 libcurl4 libicu zlib1g liblzma5 liblz4-1 libssl3; do
+for package in libc6 libstdc++6 libcurl4 libicu zlib1g libdeflate0 liblzma5 liblz4-1 libssl3; do
   [[ $runtime_depends == *"$package"* ]] || fail "tavrinsdk does not depend on $package"
 done
 for package in libsqlite3 libcpp-httplib; do

@@ -5,7 +5,6 @@
 # Idempotent: does nothing (and prints nothing) when every package is present.
 set -euo pipefail
 
-# libdeflate-dev is for the benchmarks only: a reference DEFLATE beside zlib.
 packages=(
   cmake ninja-build g++ clang-14 libclang-rt-14-dev clang-format pkg-config
   zlib1g-dev liblzma-dev liblz4-dev libcurl4-openssl-dev libicu-dev libssl-dev

@@ -3,6 +3,7 @@
 #include "codec/Lz4BlockDecoder.hpp"
 #include "codec/Lz4BlockEncoder.hpp"
 #include "codec/LzmaStream.hpp"
+#include "codec/RawDeflate.hpp"
 #include "codec/ZlibStream.hpp"
 
 namespace tavrin {
@@ -11,6 +12,18 @@ std::optional<std::vector<std::uint8_t>> CompressionDriver::run(
     CodecOperation operation, CompressionAlgorithm algorithm, std::span<const std::uint8_t> source,
     std::span<const std::uint8_t> prefix) {
   if (operation == CodecOperation::decode && source.empty()) return std::nullopt;
+  // The whole input is at hand, so raw DEFLATE is encoded in one pass by
+  // libdeflate; the loop below serves every stream that is coded in pieces.
+  if (operation == CodecOperation::encode && algorithm == CompressionAlgorithm::zlib) {
+    std::optional<std::vector<std::uint8_t>> result;
+    withRawDeflate(source, DeflateEngine::libdeflate, [&](std::span<const std::uint8_t> encoded) {
+      result.emplace();
+      result->reserve(prefix.size() + encoded.size());
+      result->assign(prefix.begin(), prefix.end());
+      result->insert(result->end(), encoded.begin(), encoded.end());
+    });
+    return result;
+  }
   const auto stream = openStream(operation, algorithm, source.size());
   if (!stream) return std::nullopt;
   // Encoded output cannot run away: only decoding is bounded.

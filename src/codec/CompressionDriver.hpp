@@ -15,6 +15,12 @@
 namespace tavrin {
 
 // The one routine every compressing and decompressing operation goes through.
+// Raw DEFLATE is encoded whole by libdeflate (see RawDeflate.hpp); everything
+// else, decoding raw DEFLATE included, runs through the streaming loop of
+// drive(). Inflating stays with zlib because the size of its output is not
+// known beforehand: zlib fills one fixed buffer after another and stops at the
+// decoding limit, where a whole-buffer decoder would have to guess a size and
+// start again whenever the guess was short.
 class CompressionDriver {
  public:
   // Codes all of `source` with `algorithm` and returns `prefix` followed by the

@@ -17,6 +17,7 @@
 #include "extractors/PermissionExtractor.hpp"
 #include "extractors/UnknownFileExtractor.hpp"
 #include "extractors/VideoExtractor.hpp"
+#include "os/releaseFreedHeap.hpp"
 
 #include <chrono>
 
@@ -83,6 +84,9 @@ DatasetDocument DataExtractorManager::extractData() {
     Element section = extractor->extract();
     const auto elapsed = std::chrono::steady_clock::now() - started;
     section.shrinkToFit();
+    // What the source read from the platform is freed by now; handed back at
+    // once, it does not stay resident under the next source and the JSON.
+    os::releaseFreedHeap();
     notifyObserver(_observer, [&](CollectionObserver& observer) {
       observer.sourceFinished(name, section.ChildElements().size(), elapsed);
     });

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "codec/RawDeflate.hpp"
 #include "collection/DataExtractorManager.hpp"
 #include "dataset/MappedBuffer.hpp"
 
-#include <cstdint>
-#include <span>
 #include <string>
 
 // The one way from a device to what a collection uploads. The service, the
@@ -13,14 +12,16 @@
 namespace tavrin::DatasetPipeline {
 
 // Runs every source of `manager` afresh and writes the dataset as compact
-// JSON. The heap the sources freed is handed back to the system first, so the
-// JSON and its compression, the largest stages, do not stack on top of it.
+// JSON, releasing each section's values once they are written, so that the
+// JSON and its compression, the largest stages, do not stack on top of them.
 // Throws JsonWriteError when a value cannot be written.
 MappedBuffer datasetJson(DataExtractorManager& manager);
 
 // What the upload carries for a dataset's JSON: the base64 text of its raw
-// DEFLATE. Throws TavrinError processingFailed "Compress failed" when the
-// compression yields nothing.
-std::string uploadPayload(std::span<const std::uint8_t> json);
+// DEFLATE, by libdeflate unless the benchmarks ask for the zlib reference.
+// The JSON is released as soon as it is compressed, before the base64 text
+// takes its room. Throws TavrinError processingFailed "Compress failed" when
+// the compression yields nothing.
+std::string uploadPayload(MappedBuffer json, DeflateEngine engine = DeflateEngine::libdeflate);
 
 }  // namespace tavrin::DatasetPipeline

@@ -31,26 +31,25 @@ class Writer {
   explicit Writer(std::size_t expectedSize) : _buffer(expectedSize + numberRoom) {
     _out = _buffer.data();
     _end = _out + _buffer.capacity();
+    put('[');
   }
 
-  void writeDocument(const DatasetDocument& document) {
-    put('[');
-    for (const Element& section : document) {
-      reserve(2);
-      put('{');
-      const std::string& name = section.Name();
-      writeString(reinterpret_cast<const std::uint8_t*>(name.data()), name.size());
-      put(':');
-      const auto values = section.ChildElements().view().bytes();
-      writeValues(values.data(), values.data() + values.size());
-      reserve(2);
-      put('}');
-      put(',');
-    }
-    closeList(']');
+  // The document is one list of sections, each {NAME:[VALUES]}.
+  void writeSection(const Element& section) {
+    reserve(2);
+    put('{');
+    const std::string& name = section.Name();
+    writeString(reinterpret_cast<const std::uint8_t*>(name.data()), name.size());
+    put(':');
+    const auto values = section.ChildElements().view().bytes();
+    writeValues(values.data(), values.data() + values.size());
+    reserve(2);
+    put('}');
+    put(',');
   }
 
   MappedBuffer finish() {
+    closeList(']');
     _buffer.setSize(static_cast<std::size_t>(_out - _buffer.data()));
     return std::move(_buffer);
   }
@@ -206,17 +205,30 @@ class Writer {
   char* _end = nullptr;
 };
 
-}  // namespace
-
-MappedBuffer writeJson(const DatasetDocument& document) {
-  // Values take more room as JSON text than in their encoded form. Reserving
-  // twice as much costs only address space: pages are paid for when written.
+// Values take more room as JSON text than in their encoded form. Reserving
+// twice as much costs only address space: pages are paid for when written.
+std::size_t expectedSize(const DatasetDocument& document) {
   std::size_t encoded = 0;
   for (const Element& section : document) {
     encoded += section.ChildElements().view().bytes().size() + section.Name().size() + 8;
   }
-  Writer writer(encoded * 2);
-  writer.writeDocument(document);
+  return encoded * 2;
+}
+
+}  // namespace
+
+MappedBuffer writeJson(const DatasetDocument& document) {
+  Writer writer(expectedSize(document));
+  for (const Element& section : document) writer.writeSection(section);
+  return writer.finish();
+}
+
+MappedBuffer writeJson(DatasetDocument&& document) {
+  Writer writer(expectedSize(document));
+  for (Element& section : document) {
+    writer.writeSection(section);
+    Element written = std::move(section);  // its values are freed here
+  }
   return writer.finish();
 }
 

@@ -11,5 +11,9 @@ namespace tavrin {
 // Throws JsonWriteError, and produces nothing, for a number that is not finite
 // or a text that is not valid UTF-8.
 MappedBuffer writeJson(const DatasetDocument& document);
+// The same, releasing each section's values as soon as they are written, so
+// that the text and the values it is made from are held together for one
+// section at a time only.
+MappedBuffer writeJson(DatasetDocument&& document);
 
 }  // namespace tavrin

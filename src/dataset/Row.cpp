@@ -8,17 +8,14 @@ namespace tavrin {
 static_assert(std::endian::native == std::endian::little,
               "the value encoding stores payloads in host order");
 
-void Row::appendBytes(const void* data, std::size_t length) {
-  const auto* bytes = static_cast<const std::uint8_t*>(data);
-  _bytes.insert(_bytes.end(), bytes, bytes + length);
-}
+void Row::appendBytes(const void* data, std::size_t length) { _bytes.append(data, length); }
 
 void Row::appendLength(std::size_t length) {
   while (length >= 0x80) {
-    _bytes.push_back(static_cast<std::uint8_t>(length | 0x80));
+    _bytes.pushBack(static_cast<std::uint8_t>(length | 0x80));
     length >>= 7;
   }
-  _bytes.push_back(static_cast<std::uint8_t>(length));
+  _bytes.pushBack(static_cast<std::uint8_t>(length));
 }
 
 void Row::appendSigned(std::int64_t value) {

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "dataset/ByteArray.hpp"
 #include "dataset/Tape.hpp"
 
 namespace tavrin {
@@ -108,7 +109,7 @@ class Row {
     _count = 0;
   }
   // Gives back storage beyond what the values use.
-  void shrinkToFit() { _bytes.shrink_to_fit(); }
+  void shrinkToFit() { _bytes.shrinkToFit(); }
   // Bytes held in memory, for measuring the cost of a dataset.
   std::size_t capacityBytes() const { return _bytes.capacity(); }
 
@@ -117,7 +118,7 @@ class Row {
 
  private:
   void push(std::uint8_t tag) {
-    _bytes.push_back(tag);
+    _bytes.pushBack(tag);
     ++_count;
   }
   void appendSigned(std::int64_t value);
@@ -126,7 +127,7 @@ class Row {
   void appendLength(std::size_t length);
   void appendBytes(const void* data, std::size_t length);
 
-  std::vector<std::uint8_t> _bytes;
+  ByteArray _bytes;
   std::size_t _count = 0;
 };
 

@@ -13,7 +13,6 @@
 namespace tavrin {
 namespace {
 
-using CurlHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
 using CurlList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 
 // A hostile or broken server must not be able to exhaust memory with an
@@ -60,6 +59,17 @@ std::size_t receive(char* data, std::size_t size, std::size_t count, void* conte
   return bytes;
 }
 
+// Clears the handle's options once an exchange is over, so that none of them
+// points into the frame that set it. The connection and the TLS session cache
+// stay with the handle.
+struct OptionsReset {
+  explicit OptionsReset(CURL* easy) : handle(easy) {}
+  OptionsReset(const OptionsReset&) = delete;
+  OptionsReset& operator=(const OptionsReset&) = delete;
+  ~OptionsReset() { curl_easy_reset(handle); }
+  CURL* handle;
+};
+
 int progress(void* context, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) noexcept {
   auto& transfer = *static_cast<Transfer*>(context);
   if (transfer.watchdog.stillMoving(received + sent, TransferWatchdog::Clock::now())) return 0;
@@ -69,11 +79,16 @@ int progress(void* context, curl_off_t, curl_off_t received, curl_off_t, curl_of
 
 }  // namespace
 
-CurlTransport::CurlTransport(const ServiceOptions& options)
+void CurlTransport::HandleCleanup::operator()(void* handle) const noexcept {
+  curl_easy_cleanup(handle);
+}
+
+CurlTransport::CurlTransport(const ServiceOptions& options, Connections connections)
     : _caFile(options.caFile),
       _resolve(options.resolve),
       _pinnedPublicKey(options.pinnedPublicKey),
-      _requestTimeout(options.requestTimeout) {
+      _requestTimeout(options.requestTimeout),
+      _connections(connections) {
   if (_requestTimeout.count() <= 0) {
     throw TavrinError(ErrorType::invalidInput, "Request timeout must be positive");
   }
@@ -81,8 +96,10 @@ CurlTransport::CurlTransport(const ServiceOptions& options)
 
 HttpOutcome CurlTransport::send(const HttpRequest& request) {
   if (!curlReady()) return TransportFailure{"libcurl could not be initialised"};
-  CurlHandle curl(curl_easy_init(), &curl_easy_cleanup);
-  if (!curl) return TransportFailure{"libcurl could not create a handle"};
+  if (!_handle || _connections == Connections::perRequest) _handle.reset(curl_easy_init());
+  if (!_handle) return TransportFailure{"libcurl could not create a handle"};
+  CURL* handle = _handle.get();
+  const OptionsReset clearedAfterwards{handle};
 
   CurlList headers(nullptr, &curl_slist_free_all);
   for (const auto& [name, value] : request.headers) {
@@ -101,7 +118,6 @@ HttpOutcome CurlTransport::send(const HttpRequest& request) {
 
   Transfer transfer{{}, TransferWatchdog(_requestTimeout, TransferWatchdog::Clock::now())};
   char errorText[CURL_ERROR_SIZE] = {};
-  CURL* handle = curl.get();
   CURLcode code = CURLE_OK;
   const auto set = [&](CURLoption option, auto value) {
     if (code == CURLE_OK) code = curl_easy_setopt(handle, option, value);

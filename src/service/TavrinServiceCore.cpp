@@ -3,7 +3,6 @@
 #include "collection/DatasetPipeline.hpp"
 #include "collection/PermissionHeplper.hpp"
 #include "collection/StatusResource.hpp"
-#include "net/CurlTransport.hpp"
 #include "net/RequestUrl.hpp"
 #include "service/ServiceUrl.hpp"
 
@@ -16,9 +15,11 @@ std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Pl
 
 }  // namespace
 
-TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options)
+TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey, ServiceOptions options,
+                                     RunEngines engines)
     : _platform(platformOrLinux(std::move(options.platform))),
       _observer(options.observer),
+      _deflateEngine(engines.deflate),
       dataExtractorManager(_platform) {
   dataExtractorManager.setObserver(_observer.get());
   // The manager exists before the URL is judged, even when it is then rejected.
@@ -31,7 +32,8 @@ TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey, Servi
     throw TavrinError(ErrorType::invalidInput, std::string(StatusResource::urlIncorrectMessage));
   }
   _url = std::move(url);
-  _restService = std::make_unique<RestService>(_url, std::make_unique<CurlTransport>(options));
+  _restService = std::make_unique<RestService>(
+      _url, std::make_unique<CurlTransport>(options, engines.connections));
   _restService->setObserver(_observer.get());
   _restService->login(std::move(authKey));
 }
@@ -51,9 +53,9 @@ std::string TavrinServiceCore::collectData(const std::string& recordNumber,
 }
 
 std::string TavrinServiceCore::encodedDataset(const DatasetObserver& onDataset) {
-  const MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
+  MappedBuffer json = DatasetPipeline::datasetJson(dataExtractorManager);
   if (onDataset) onDataset(json.view());
-  return DatasetPipeline::uploadPayload(json.bytes());
+  return DatasetPipeline::uploadPayload(std::move(json), _deflateEngine);
 }
 
 }  // namespace tavrin

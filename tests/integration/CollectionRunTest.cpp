@@ -9,6 +9,12 @@
 #include <nlohmann/json.hpp>
 
 namespace tavrin {
+namespace sandbox {
+void PrintTo(const HandshakeCounts& counts, std::ostream* out) {
+  *out << counts.connections << " connections, " << counts.full << " full handshakes, "
+       << counts.resumed << " resumed";
+}
+}  // namespace sandbox
 namespace {
 
 using namespace testing_support;
@@ -75,6 +81,31 @@ TEST_F(CollectionRun, BareUnauthorizedUploadIsRepeatedOnceAfterANewLogin) {
   EXPECT_EQ(requests[2].header("Authorization"), "Bearer token-1");
   EXPECT_EQ(requests[4].header("Authorization"), "Bearer token-2");
   EXPECT_EQ(requests[4].body, requests[2].body);
+}
+
+TEST(CollectionRunConnections, OneConnectionPerServiceObjectWithItsTlsSessionResumed) {
+  using Handshakes = sandbox::HandshakeCounts;  // connections, full, resumed
+  struct Case {
+    std::size_t requestsPerConnection;
+    Handshakes afterFirstRun, afterSecondRun;
+  };
+  for (const auto& [requestsPerConnection, afterFirstRun, afterSecondRun] : {
+           // The login, the first run and the second run's check and upload on one connection.
+           Case{5, {1, 1, 0}, {1, 1, 0}},
+           // The server ends the connection after the first run; the second opens
+           // another and resumes the session of the first.
+           Case{3, {1, 1, 0}, {2, 1, 1}},
+       }) {
+    SCOPED_TRACE(requestsPerConnection);
+    TlsTestBed bed(requestsPerConnection);
+    ServiceOptions options = bed.options();
+    options.platform = platform::loadDeviceProfile(collectionProfile);
+    TavrinServiceCore core(bed.server.url(), "key-1", options);
+    EXPECT_EQ(core.collectData("r-1"), "received");
+    EXPECT_EQ(bed.server.handshakes(), afterFirstRun);
+    EXPECT_EQ(core.collectData("r-2"), "received");
+    EXPECT_EQ(bed.server.handshakes(), afterSecondRun);
+  }
 }
 
 TEST_F(CollectionRun, RejectedUrlThrowsBeforeAnyTraffic) {

@@ -16,12 +16,13 @@ const bool proxiesBypassed = [] {
 
 }  // namespace
 
-TestServer::TestServer(const sandbox::TlsFiles& tls)
+TestServer::TestServer(const sandbox::TlsFiles& tls, std::size_t requestsPerConnection)
     : _server(tls.certificate.c_str(), tls.privateKey.c_str()) {
   (void)proxiesBypassed;
   if (!_server.is_valid()) throw std::runtime_error("the TLS server cannot be set up");
   // Without it, small answers written in pieces wait for delayed acknowledgements.
   _server.set_tcp_nodelay(true);
+  _server.set_keep_alive_max_count(requestsPerConnection);
   _server.Post(".*", [this](const httplib::Request& request, httplib::Response& response) {
     handle(request, response);
   });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HandshakeCounts.hpp"
 #include "TlsFiles.hpp"
 
 #include <httplib.h>
@@ -41,13 +42,18 @@ class TestServer {
   static constexpr const char* checkPath = "/v4.0/datasets/recordNumber/checkuniqueness";
   static constexpr const char* uploadPath = "/v4.0/datasets/upload";
 
-  // Shows the certificate of `tls`.
-  explicit TestServer(const sandbox::TlsFiles& tls);
+  // Shows the certificate of `tls` and closes each connection once it has
+  // answered `requestsPerConnection` requests.
+  explicit TestServer(const sandbox::TlsFiles& tls, std::size_t requestsPerConnection = 5);
   ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
 
   void script(const std::string& path, ScriptedAnswer answer);
+  // The TLS handshakes of the connections made so far.
+  sandbox::HandshakeCounts handshakes() const {
+    return sandbox::handshakeCounts(_server.ssl_context());
+  }
   std::vector<ReceivedRequest> received() const;
   std::vector<std::string> receivedPaths() const;
 

@@ -12,9 +12,9 @@
 
 namespace tavrin::testing_support {
 
-TlsTestBed::TlsTestBed()
+TlsTestBed::TlsTestBed(std::size_t requestsPerConnection)
     : tls(sandbox::writeTlsFiles(sandbox::makeCertificates("api.tavrin.com"), directory.path())),
-      server(tls) {}
+      server(tls, requestsPerConnection) {}
 
 ServiceOptions TlsTestBed::options(std::chrono::milliseconds timeout) const {
   ServiceOptions options;

@@ -17,7 +17,8 @@ namespace tavrin::testing_support {
 // server that shows that certificate.
 class TlsTestBed {
  public:
-  TlsTestBed();
+  // The server closes each connection after `requestsPerConnection` requests.
+  explicit TlsTestBed(std::size_t requestsPerConnection = 5);
 
   // Trusts the CA, leads api.tavrin.com to the server and bounds every request.
   ServiceOptions options(std::chrono::milliseconds timeout = std::chrono::seconds(10)) const;

@@ -37,10 +37,13 @@ TEST(JsonWriter, WritesTheDocumentCompactlyInOrder) {
   document.push_back(std::move(header));
   document.push_back(std::move(contacts));
   document.push_back(Element("Calendars"));
-  EXPECT_EQ(writeJson(document).str(),
-            R"([{"GeneralInfo":[8,1605555555.12,"iPhone",null]},)"
-            R"({"Contacts":["EXTRACTING ERROR : Access denied Contacts"]},{"Calendars":[]}])");
-  EXPECT_EQ(writeJson({}).str(), "[]");
+  const std::string expected =
+      R"([{"GeneralInfo":[8,1605555555.12,"iPhone",null]},)"
+      R"({"Contacts":["EXTRACTING ERROR : Access denied Contacts"]},{"Calendars":[]}])";
+  EXPECT_EQ(writeJson(document).str(), expected);
+  // Handed over, the document is written the same while its sections go.
+  EXPECT_EQ(writeJson(std::move(document)).str(), expected);
+  EXPECT_EQ(writeJson(DatasetDocument{}).str(), "[]");
 }
 
 TEST(JsonWriter, NestsRowsAndKeepsNullsInPlace) {

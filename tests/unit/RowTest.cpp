@@ -41,6 +41,24 @@ TEST(Row, ReadsBackEveryKindAndBoundary) {
   EXPECT_EQ(row.values(), expected);
 }
 
+TEST(Row, KeepsEveryValueAsItGrowsFromTheHeapIntoPagesAndIsCopied) {
+  // Four bytes a value: the storage crosses from the heap into a block of
+  // pages at 256 KiB and then grows in place, several times.
+  constexpr std::int64_t count = 600000;
+  Row large;
+  for (std::int64_t i = 0; i < count; ++i) large.append(i % 30000 + 128);
+  Row copy = large;
+  large.clear();
+  large.append("reused");
+  copy.shrinkToFit();
+  const Row moved = std::move(copy);
+  std::int64_t index = 0, wrong = 0;
+  for (const Value& value : moved.view()) wrong += value != Value(index++ % 30000 + 128);
+  EXPECT_EQ(index, count);
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(large.values(), std::vector<Value>{"reused"sv});
+}
+
 TEST(Element, RecordsErrorsAfterEarlierEntriesInOrder) {
   Element element("Contacts");
   element.append(Row());

@@ -11,8 +11,9 @@ OfflineDataset collectOffline(const platform::DeviceProfile& profile) {
   auto phone = std::make_shared<platform::ProfilePlatform>(profile);
   DataExtractorManager manager(phone);
   PermissionHeplper::requestPermissions(*phone);
-  const MappedBuffer json = DatasetPipeline::datasetJson(manager);
-  return {json.str(), DatasetPipeline::uploadPayload(json.bytes())};
+  MappedBuffer json = DatasetPipeline::datasetJson(manager);
+  std::string text = json.str();
+  return {std::move(text), DatasetPipeline::uploadPayload(std::move(json))};
 }
 
 OfflineDatasets collectTypicalPhones(std::size_t count) {

@@ -22,21 +22,30 @@ std::string describe(const TavrinError& error) {
          error.getErrorMessage().value_or("(no message)");
 }
 
+// What one client did.
+struct ClientRun {
+  std::vector<LoadOutcome> outcomes;
+  ExchangeTimes times;
+};
+
 // One client's loop: log in, then check and upload until the deadline.
-std::vector<LoadOutcome> runClient(std::size_t client, const SandboxServer& server,
-                                   const std::string& authKey,
-                                   const std::vector<std::string>& payloads,
-                                   const LoadOptions& options, Clock::time_point deadline) {
+ClientRun runClient(std::size_t client, const SandboxServer& server, const std::string& authKey,
+                    const std::vector<std::string>& payloads, const LoadOptions& options,
+                    Clock::time_point deadline) {
   ServiceOptions transportOptions;
   transportOptions.caFile = server.tlsFiles().authority.string();
   transportOptions.resolve = {server.resolve()};
-  std::vector<LoadOutcome> outcomes;
-  RestService rest(server.url(), std::make_unique<CurlTransport>(transportOptions));
+  ClientRun run;
+  auto& outcomes = run.outcomes;
+  ExchangeRecorder recorder;
+  RestService rest(server.url(),
+                   std::make_unique<CurlTransport>(transportOptions, options.connections));
+  rest.setObserver(&recorder);
   try {
     rest.login(authKey);
   } catch (const TavrinError& error) {
-    outcomes.push_back({LoadOutcome::Kind::failed, "", 0, false, "login " + describe(error), {}});
-    return outcomes;
+    outcomes.push_back({LoadOutcome::Kind::failed, "", 0, false, "login " + describe(error)});
+    return run;
   }
 
   std::string lastAccepted;
@@ -55,10 +64,8 @@ std::vector<LoadOutcome> runClient(std::size_t client, const SandboxServer& serv
         std::string payload = payloads[outcome.payload];
         // A character outside the base64 alphabet: the dataset cannot be read.
         if (outcome.corrupted) payload[payload.size() / 2] = '*';
-        const auto start = Clock::now();
         outcome.answer =
             rest.withRelogin([&] { return rest.upload(payload, outcome.recordNumber); });
-        outcome.uploadTime = Clock::now() - start;
         outcome.kind = LoadOutcome::Kind::accepted;
         lastAccepted = outcome.recordNumber;
       }
@@ -70,7 +77,8 @@ std::vector<LoadOutcome> runClient(std::size_t client, const SandboxServer& serv
     }
     outcomes.push_back(std::move(outcome));
   }
-  return outcomes;
+  run.times = std::move(recorder.times);
+  return run;
 }
 
 }  // namespace
@@ -93,7 +101,7 @@ LoadResult runSandboxLoad(const SandboxServer& server, const std::string& authKe
 
   const auto start = Clock::now();
   const auto deadline = start + options.duration;
-  std::vector<std::vector<LoadOutcome>> perClient(options.clients);
+  std::vector<ClientRun> perClient(options.clients);
   {
     std::vector<std::jthread> clients;
     for (std::size_t c = 0; c < options.clients; ++c) {
@@ -109,7 +117,8 @@ LoadResult runSandboxLoad(const SandboxServer& server, const std::string& authKe
   done.notify_one();
   sampler.join();
 
-  for (auto& outcomes : perClient) {
+  for (auto& [outcomes, times] : perClient) {
+    result.exchangeTimes.append(times);
     for (auto& outcome : outcomes) {
       if (outcome.kind == LoadOutcome::Kind::accepted) {
         result.uploadedBytes += payloads[outcome.payload].size();

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ExchangeTimes.hpp"
 #include "SandboxServer.hpp"
+
+#include "net/CurlTransport.hpp"
 
 #include <chrono>
 #include <cstddef>
@@ -24,6 +27,8 @@ struct LoadOptions {
   std::size_t minimumRequests = 0;
   // How often the process's resident memory is sampled.
   std::chrono::milliseconds sampleEvery{250};
+  // Whether each client keeps its connection, as the library does.
+  CurlTransport::Connections connections = CurlTransport::Connections::kept;
 };
 
 // What one client request came to.
@@ -36,16 +41,16 @@ struct LoadOutcome {
   };
   Kind kind = Kind::failed;
   std::string recordNumber;
-  std::size_t payload = 0;                // index into the payloads given
-  bool corrupted = false;                 // the payload was deliberately broken
-  std::string answer;                     // the answer, or the error's kind and message
-  std::chrono::nanoseconds uploadTime{};  // 0 when no upload was made
+  std::size_t payload = 0;  // index into the payloads given
+  bool corrupted = false;   // the payload was deliberately broken
+  std::string answer;       // the answer, or the error's kind and message
 };
 
 struct LoadResult {
   std::chrono::nanoseconds elapsed{};
   std::vector<LoadOutcome> outcomes;
   std::size_t uploadedBytes = 0;  // base64 of the accepted uploads
+  ExchangeTimes exchangeTimes;    // of every client's answered exchanges
   // The process's resident bytes over the run: the first sample is taken
   // before any client starts.
   std::vector<std::size_t> residentSamples;

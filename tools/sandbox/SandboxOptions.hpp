@@ -67,6 +67,10 @@ struct SandboxOptions {
   std::optional<TlsFiles> tlsFiles;  // existing files to serve with instead
   std::string database = ":memory:";
   SandboxLimits limits;
+  // Answers leave at once. Off, Nagle's algorithm holds an answer's second
+  // send until the client acknowledges the first, which the client delays by
+  // about 40 ms: only for measuring that delay (the hidden --tcp-delay).
+  bool tcpNoDelay = true;
   std::vector<FaultRule> faults;
   // Whether the dashboard (the page at / and the API under /api/) is served.
   bool dashboard = true;

@@ -120,8 +120,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
   }
 
   _listener = std::make_unique<TlsListener>(
-      _options.bindAddress, _options.port, _served.certificate, _served.privateKey, _options.limits,
-      _stop, [this](TlsStream& stream) { serveConnection(stream); },
+      _options, _served.certificate, _served.privateKey, _stop,
+      [this](TlsStream& stream) { serveConnection(stream); },
       [this](const std::string& line) { log(line); });
   _port = _listener->port();
 }
@@ -146,6 +146,8 @@ void SandboxServer::prepareTls() {
 }
 
 void SandboxServer::start() { _listener->start(); }
+
+HandshakeCounts SandboxServer::handshakes() const { return handshakeCounts(_listener->context()); }
 
 void SandboxServer::stop() {
   _stop.raise();

@@ -2,6 +2,7 @@
 
 #include "DatasetValidator.hpp"
 #include "ExchangeLog.hpp"
+#include "HandshakeCounts.hpp"
 #include "PrivateDirectory.hpp"
 #include "SandboxExchanges.hpp"
 #include "SandboxOptions.hpp"
@@ -67,6 +68,8 @@ class SandboxServer {
 
   SandboxStore& store() { return _store; }
   ExchangeCounts counts() const { return _exchanges.counts(); }
+  // The TLS handshakes of the connections made to the sandbox so far.
+  HandshakeCounts handshakes() const;
   // Adds a fault rule after the configured ones.
   void addFault(FaultRule rule) { _exchanges.addFault(std::move(rule)); }
 

@@ -1,6 +1,8 @@
 #include "TlsListener.hpp"
 
 #include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -49,18 +51,19 @@ int boundPort(int socket) {
 
 }  // namespace
 
-TlsListener::TlsListener(const std::string& address, int port, const std::string& certificateChain,
-                         const std::string& privateKey, const SandboxLimits& limits,
-                         const StopSignal& stop, Serve serve,
+TlsListener::TlsListener(const SandboxOptions& options, const std::string& certificateChain,
+                         const std::string& privateKey, const StopSignal& stop, Serve serve,
                          std::function<void(const std::string&)> log)
     : _context(makeServerContext(certificateChain, privateKey)),
-      _limits(limits),
+      _limits(options.limits),
+      _noDelay(options.tcpNoDelay),
       _stop(stop),
       _serve(std::move(serve)),
       _log(std::move(log)),
-      _socket(bindSocket(address, port)) {
+      _socket(bindSocket(options.bindAddress, options.port)) {
   if (_socket < 0) {
-    throw std::runtime_error("cannot listen on " + address + ":" + std::to_string(port));
+    throw std::runtime_error("cannot listen on " + options.bindAddress + ":" +
+                             std::to_string(options.port));
   }
   _port = boundPort(_socket);
 }
@@ -118,6 +121,11 @@ void TlsListener::launch(int socket, const std::string& address, int port) {
 }
 
 void TlsListener::serveConnection(int socket, const std::string& address, int port) {
+  // The HTTP layer writes an answer's head and body in two sends; with
+  // Nagle's algorithm on, the body would wait for the client's delayed
+  // acknowledgement of the head.
+  const int noDelay = _noDelay ? 1 : 0;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
   {
     TlsStream stream(_context.get(), socket, address, port, _stop, _limits.ioTimeout);
     // The handshake counts towards the first request's time.

@@ -25,17 +25,21 @@ class TlsListener {
   // Serves the requests of one connection whose handshake is done.
   using Serve = std::function<void(TlsStream&)>;
 
-  // Binds `address`:`port` (0: a free port) with a certificate chain and its
-  // key (PEM text). Throws std::runtime_error when either fails.
-  TlsListener(const std::string& address, int port, const std::string& certificateChain,
-              const std::string& privateKey, const SandboxLimits& limits, const StopSignal& stop,
-              Serve serve, std::function<void(const std::string&)> log);
+  // Binds the options' address and port (0: a free port) with a certificate
+  // chain and its key (PEM text), and holds clients to the options' limits.
+  // Throws std::runtime_error when either fails.
+  TlsListener(const SandboxOptions& options, const std::string& certificateChain,
+              const std::string& privateKey, const StopSignal& stop, Serve serve,
+              std::function<void(const std::string&)> log);
   // Stops, when that was not done.
   ~TlsListener();
   TlsListener(const TlsListener&) = delete;
   TlsListener& operator=(const TlsListener&) = delete;
 
   int port() const { return _port; }
+  // The TLS context every connection is served with, and whose counters
+  // tell its handshakes.
+  SSL_CTX* context() const { return _context.get(); }
   // Accepts on a thread of its own; returns at once.
   void start();
   // Once the stop signal is raised: waits for the accepting thread and for
@@ -66,6 +70,7 @@ class TlsListener {
 
   TlsContext _context;
   const SandboxLimits& _limits;
+  bool _noDelay;
   const StopSignal& _stop;
   Serve _serve;
   std::function<void(const std::string&)> _log;

@@ -154,6 +154,8 @@ Command addSandboxCommand(CLI::App& app) {
           std::uint64_t{1} << 50);
   command->add_flag("--no-ui", arguments->noUi,
                     "Serve no dashboard (the page at / and the API under /api/)");
+  // Hidden: brings back the delay of Nagle's algorithm, for measuring it.
+  command->add_flag_callback("--tcp-delay", [&options] { options.tcpNoDelay = false; })->group("");
   command->add_option("--fault", arguments->faults,
                       "A fault rule TARGET:ACTION[*TIMES] (repeatable; see docs/sandbox.md)");
   return {command, [arguments] { return runSandbox(*arguments); }};

@@ -63,33 +63,43 @@ std::vector<Calendar> ProfileEventStore::calendars(std::int64_t entityType) {
 
 std::vector<Event> ProfileEventStore::events(double start, double end,
                                              const std::vector<std::string>& calendarIdentifiers) {
-  std::vector<Event> found;
-  if (!authorized(EntityType::event) || !(start <= end)) return found;
+  if (!authorized(EntityType::event) || !(start <= end)) return {};
   end = std::min(end, start + longestRange);
   constexpr double infinity = std::numeric_limits<double>::infinity();
+  // What matches is found first and copied once, into a list of its exact
+  // size: a list of events grown by doubling would leave as much again behind
+  // in freed memory, tens of megabytes on a large calendar.
+  std::vector<Match> matches;
   for (const auto& event : _events) {
     if (!contains(calendarIdentifiers, event.calendarIdentifier)) continue;
     if (event.recurrence) {
-      appendOccurrences(event, start, end, found);
+      appendOccurrences(event, start, end, matches);
     } else if (event.event.startDate.value_or(-infinity) <= end &&
                event.event.endDate.value_or(infinity) >= start) {
-      found.push_back(event.event);
+      matches.push_back({&event, std::nullopt});
     }
+  }
+  std::vector<Event> found;
+  found.reserve(matches.size());
+  for (const auto& [event, occurrence] : matches) {
+    auto& copy = found.emplace_back(event->event);
+    if (!occurrence) continue;
+    // Reading guarantees a recurring event both dates.
+    copy.endDate = *occurrence + (*event->event.endDate - *event->event.startDate);
+    copy.startDate = occurrence;
+    copy.occurrenceDate = occurrence;
   }
   return found;
 }
 
 void ProfileEventStore::appendOccurrences(const ProfileEvent& event, double start, double end,
-                                          std::vector<Event>& out) const {
+                                          std::vector<Match>& out) const {
   // Reading guarantees a recurring event both dates and a known zone.
   const double first = *event.event.startDate;
   const double duration = *event.event.endDate - first;
   const auto& expander = _expanders.at(event.event.timeZone.value_or(_deviceTimeZone));
   expander.expand(first, duration, *event.recurrence, start, end, [&](double occurrence) {
-    auto& copy = out.emplace_back(event.event);
-    copy.startDate = occurrence;
-    copy.endDate = occurrence + duration;
-    copy.occurrenceDate = occurrence;
+    out.push_back({&event, occurrence});
   });
 }
 

@@ -39,9 +39,15 @@ class ProfileEventStore final : public EventStore {
                       RemindersHandler completion) override;
 
  private:
+  // An event in the range, or one occurrence of a recurring event.
+  struct Match {
+    const ProfileEvent* event;
+    std::optional<double> occurrence;  // the occurrence's start; absent for a single event
+  };
+
   bool authorized(std::int64_t entityType) const;
   void appendOccurrences(const ProfileEvent& event, double start, double end,
-                         std::vector<Event>& out) const;
+                         std::vector<Match>& out) const;
 
   const ProfileCalendars _calendars;
   const std::vector<ProfileEvent> _events;
