@@ -87,6 +87,18 @@ TEST_F(RestServiceOverTls, TokenThatWouldSplitTheHeaderIsNeverSent) {
   EXPECT_EQ(bed.server.receivedPaths(), Paths{TestServer::loginPath});
 }
 
+// A large upload on a slow link hears nothing back, for longer than the idle
+// limit, while its bytes keep going out: it is not cut off.
+TEST_F(RestServiceOverTls, SlowUploadThatKeepsSendingIsNotCutOff) {
+  RestService service = client(bed.options(std::chrono::seconds(1)));
+  service.login("key-1");
+  bed.server.paceBodies(std::size_t{4} << 20);
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_EQ(service.upload(std::string(std::size_t{8} << 20, 'A'), "r-1"), "received");
+  EXPECT_GT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(1500))
+      << "the upload went too fast to outlast the idle limit";
+}
+
 TEST_F(RestServiceOverTls, EndlessAnswerIsCutOff) {
   RestService service = client(bed.options());
   bed.server.script(TestServer::loginPath, {200, std::string(17u << 20, ' ')});

@@ -1,5 +1,6 @@
 #include "TestServer.hpp"
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -23,8 +24,9 @@ TestServer::TestServer(const sandbox::TlsFiles& tls, std::size_t requestsPerConn
   // Without it, small answers written in pieces wait for delayed acknowledgements.
   _server.set_tcp_nodelay(true);
   _server.set_keep_alive_max_count(requestsPerConnection);
-  _server.Post(".*", [this](const httplib::Request& request, httplib::Response& response) {
-    handle(request, response);
+  _server.Post(".*", [this](const httplib::Request& request, httplib::Response& response,
+                            const httplib::ContentReader& reader) {
+    handle(request, readBody(reader), response);
   });
 
   _port = _server.bind_to_any_port("127.0.0.1");
@@ -58,9 +60,26 @@ std::vector<std::string> TestServer::receivedPaths() const {
   return paths;
 }
 
-void TestServer::handle(const httplib::Request& request, httplib::Response& response) {
+std::string TestServer::readBody(const httplib::ContentReader& reader) const {
+  std::string body;
+  const auto started = std::chrono::steady_clock::now();
+  const std::size_t pace = _pace;
+  reader([&](const char* data, std::size_t length) {
+    body.append(data, length);
+    // Pacing, not synchronisation: the next bytes are taken once the link would have carried these.
+    if (pace > 0) {
+      std::this_thread::sleep_until(started + std::chrono::microseconds(static_cast<std::int64_t>(
+                                                  body.size() * 1000000 / pace)));
+    }
+    return true;
+  });
+  return body;
+}
+
+void TestServer::handle(const httplib::Request& request, std::string body,
+                        httplib::Response& response) {
   const std::lock_guard lock(_mutex);
-  _received.push_back({request.path, request.target, request.headers, request.body});
+  _received.push_back({request.path, request.target, request.headers, std::move(body)});
   if (request.path == loginPath) ++_logins;
 
   ScriptedAnswer answer{404, ""};

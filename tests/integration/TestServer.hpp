@@ -54,6 +54,8 @@ class TestServer {
   sandbox::HandshakeCounts handshakes() const {
     return sandbox::handshakeCounts(_server.ssl_context());
   }
+  // Takes request bodies no faster than `bytesPerSecond`, as a slow link would.
+  void paceBodies(std::size_t bytesPerSecond) { _pace = bytesPerSecond; }
   std::vector<ReceivedRequest> received() const;
   std::vector<std::string> receivedPaths() const;
 
@@ -65,12 +67,14 @@ class TestServer {
   }
 
  private:
-  void handle(const httplib::Request& request, httplib::Response& response);
+  std::string readBody(const httplib::ContentReader& reader) const;
+  void handle(const httplib::Request& request, std::string body, httplib::Response& response);
 
   httplib::SSLServer _server;
   int _port = -1;
   std::thread _thread;
   std::atomic<bool> _listenerDone{false};
+  std::atomic<std::size_t> _pace{0};
 
   mutable std::mutex _mutex;
   std::map<std::string, std::deque<ScriptedAnswer>> _scripts;

@@ -5,7 +5,9 @@
 #include "extractors/CalendarExtractor.hpp"
 #include "extractors/CalendarReminderExtractor.hpp"
 
-#include "CalendarTestSupport.hpp"
+#include "SectionJson.hpp"
+
+#include <gtest/gtest.h>
 
 namespace tavrin {
 namespace {
@@ -22,12 +24,13 @@ void PrintTo(const AccessCase& c, std::ostream* os) { *os << c.name; }
 class CalendarAccess : public testing::TestWithParam<AccessCase> {};
 
 TEST_P(CalendarAccess, GrantsOnlyAuthorizedEntityTypes) {
-  const auto platform = calendartest::loadProfile(GetParam().profile);
-  calendartest::expectChildren(CalendarExtractor(*platform).extract(), GetParam().calendars);
-  calendartest::expectChildren(CalendarEventExtractor("CalendarEvents", *platform).extract(),
-                               GetParam().events);
-  calendartest::expectChildren(CalendarReminderExtractor("CalendarReminders", *platform).extract(),
-                               GetParam().reminders);
+  const auto platform = loadTestProfile(GetParam().profile);
+  EXPECT_EQ(sectionValues(CalendarExtractor(*platform).extract()),
+            nlohmann::json::parse(GetParam().calendars));
+  EXPECT_EQ(sectionValues(CalendarEventExtractor("CalendarEvents", *platform).extract()),
+            nlohmann::json::parse(GetParam().events));
+  EXPECT_EQ(sectionValues(CalendarReminderExtractor("CalendarReminders", *platform).extract()),
+            nlohmann::json::parse(GetParam().reminders));
 }
 
 constexpr const char* calendarRow = R"([["home", null, false, 0, null, null, false, false, 0]])";
@@ -47,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
                         null, null, null, 0, false, false, false, false, false, null, null, null,
                         null]])",
                    R"(["EXTRACTING ERROR : Access denied CalendarReminders"])"}),
-    calendartest::caseName<AccessCase>);
+    [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace
 }  // namespace tavrin

@@ -1,7 +1,9 @@
 #include "extractors/CalendarEventExtractor.hpp"
 
-#include "CalendarTestSupport.hpp"
 #include "ExpectTavrinError.hpp"
+#include "SectionJson.hpp"
+
+#include <gtest/gtest.h>
 
 #include <utility>
 #include <vector>
@@ -9,15 +11,10 @@
 namespace tavrin {
 namespace {
 
-using calendartest::expectChildren;
-using calendartest::loadProfile;
-
 // The item identifiers (row position 2) of the events the source listed.
-std::vector<std::string> itemIdentifiers(const Element& element) {
-  std::vector<std::string> identifiers;
-  for (const Value& row : element.ChildElements().view()) {
-    identifiers.emplace_back(std::get<std::string_view>(std::get<RowView>(row).values().at(1)));
-  }
+nlohmann::json itemIdentifiers(Element element) {
+  nlohmann::json identifiers = nlohmann::json::array();
+  for (const auto& row : sectionValues(std::move(element))) identifiers.push_back(row.at(1));
   return identifiers;
 }
 
@@ -44,36 +41,38 @@ TEST(CalendarEventExtractor, RangeSpansTwoCalendarYearsEachWayInTheCurrentZone) 
        {"ends-just-after-start", "starts-just-before-end"}},
   };
   for (const auto& phone : cases) {
-    const auto platform = loadProfile(phone.profile);
+    const auto platform = loadTestProfile(phone.profile);
     CalendarEventExtractor extractor("CalendarEvents", *platform);
     EXPECT_EQ(extractor.predicateDates(), phone.range) << phone.profile;
-    EXPECT_EQ(itemIdentifiers(extractor.extract()), phone.listed) << phone.profile;
+    EXPECT_EQ(itemIdentifiers(extractor.extract()), nlohmann::json(phone.listed)) << phone.profile;
   }
 }
 
 TEST(CalendarEventExtractor, RecordsRangeDatesThatCannotBeComputedAsItsOneError) {
-  const auto platform = loadProfile("calendar-event-clock-out-of-range.json");
+  const auto platform = loadTestProfile("calendar-event-clock-out-of-range.json");
   CalendarEventExtractor extractor("CalendarEvents", *platform);
   testing_support::expectTavrinError([&] { extractor.predicateDates(); },
                                      ErrorType::processingFailed,
                                      "CalendarEvents: Cann't create predicate dates");
-  expectChildren(extractor.extract(), R"(["EXTRACTING ERROR : TavrinError.processingFailed"])");
+  EXPECT_EQ(sectionValues(extractor.extract()),
+            nlohmann::json::parse(R"(["EXTRACTING ERROR : TavrinError.processingFailed"])"));
 }
 
 TEST(CalendarEventExtractor, FillsEveryPositionWhateverTheEventLacks) {
-  const auto platform = loadProfile("calendar-event-rows.json");
+  const auto platform = loadTestProfile("calendar-event-rows.json");
   // In turn: everything given; no identifier, organizer, dates or attendee list
   // and a location of spaces; an organizer named with spaces and an empty
   // attendee list; a floating all-day event whose organizer has no name.
-  expectChildren(CalendarEventExtractor("CalendarEvents", *platform).extract(), R"([
-    ["E1", "I1", 1, 1717236000.5, 1717239600.0, false, 1717236000.5, true, true, true, 1, 2, 1,
-     1, true, true, true, false, true, 1717000000.25, 1717100000.0, "Europe/Berlin", 3],
+  EXPECT_EQ(sectionValues(CalendarEventExtractor("CalendarEvents", *platform).extract()),
+            nlohmann::json::parse(R"([
+    ["E1", "I1", 1, 1717236000.5, 1717239600.0, false, 1717236000.5, true, false, true, 1, 2, 1,
+     2, true, true, true, false, true, 1717000000.25, 1717100000.0, "Europe/Berlin", 3],
     [null, "I2", 0, 1717300000.0, 1717303600.0, false, null, false, null, false, null, null, null,
      0, false, false, false, false, false, null, null, null, null],
-    ["E3", "I3", 0, 1717400000.0, 1717403600.0, false, null, false, false, false, 2, 1, 0,
-     0, false, false, false, false, false, null, null, "Europe/Berlin", 0],
-    ["E4", "I4", 0, 1717459200.0, 1717545600.0, true, null, false, false, false, 3, 0, 0,
-     0, false, false, false, false, true, null, null, null, null]])");
+    ["E3", "I3", 0, 1717400000.0, 1717403600.0, false, null, true, false, false, 2, 1, 0,
+     0, false, true, false, true, false, null, null, "Europe/Berlin", 0],
+    ["E4", "I4", 0, 1717459200.0, 1717545600.0, true, null, false, true, false, 3, 0, 0,
+     0, false, false, false, false, true, null, null, null, null]])"));
 }
 
 }  // namespace

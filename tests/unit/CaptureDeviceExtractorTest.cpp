@@ -2,7 +2,6 @@
 #include "extractors/CaptureDeviceExtractor.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -34,19 +33,26 @@ Runs nullRuns(const nlohmann::json& row) {
   return runs;
 }
 
-TEST(CaptureDeviceExtractor, BuildsTheBackCameraRowInPositionOrder) {
-  // Lens aperture and white-balance gain are 32-bit floats widened as they are;
-  // the active format gives height before width, then the epoch of its frame
-  // duration.
-  EXPECT_THAT(
+// Every row in full. Where one device holds equal values in neighbouring
+// places, another holds different ones. Lens aperture and white-balance gain
+// are 32-bit floats widened as they are; the active format gives height before
+// width, then the epoch of its frame duration.
+TEST(CaptureDeviceExtractor, BuildsEveryRowInPositionOrder) {
+  EXPECT_EQ(
       sectionJson(CaptureDeviceExtractor("CaptureDevice", *phoneOnSystem("14.2")).extract()),
-      testing::StartsWith(
-          R"([{"CaptureDevice":[["AVCaptureDeviceTypeBuiltInDualCamera","Back Dual Camera",true,true,2,)"
-          R"(1.7999999523162842,1,true,false,false,true,false,true,false,false,false,)"
-          R"(1.5,1,123.75,true,false,false,false,true,true,true,false,false,true,true,)"
-          R"(true,true,false,true,2,4.099999904632568,)"
-          R"(false,true,true,true,2,false,true,)"
-          R"(1080,1920,7,3,1986618469,875704422],)"));
+      R"([{"CaptureDevice":[)"
+      R"(["AVCaptureDeviceTypeBuiltInDualCamera","Back Dual Camera",true,true,2,1.7999999523162842,)"
+      R"(1,true,false,false,true,false,true,false,false,false,1.5,1,123.75,)"
+      R"(true,false,false,false,true,true,true,false,false,true,true,true,true,false,true,)"
+      R"(2,4.099999904632568,false,true,false,true,2,false,true,1080,1920,7,3,1986618469,875704422],)"
+      R"(["AVCaptureDeviceTypeBuiltInWideAngleCamera","Front Camera",true,false,0,2.200000047683716,)"
+      R"(2,true,false,false,false,false,true,true,false,true,1,1,1,)"
+      R"(false,true,false,true,false,true,false,true,false,true,false,true,false,true,false,)"
+      R"(1,3,null,null,null,null,null,null,null,720,1280,0,0,1986618469,875704438],)"
+      R"(["AVCaptureDeviceTypeBuiltInMicrophone","iPhone Microphone",true,false,0,0,)"
+      R"(0,false,true,false,false,false,false,false,false,false,1,1,1,)"
+      R"(false,false,false,false,false,false,false,false,false,false,false,false,false,false,false,)"
+      R"(0,1,null,null,null,null,null,null,null,0,0,0,0,1936684398,1819304813]]}])");
 }
 
 TEST(CaptureDeviceExtractor, NoDeviceListGivesAnEmptySection) {

@@ -1,10 +1,11 @@
 #include "extractors/ContactExtractor.hpp"
 
-#include "ProfileSections.hpp"
+#include "SectionJson.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,6 @@ namespace tavrin {
 namespace {
 
 using nlohmann::json;
-using test::loadTestProfile;
-using test::sectionJson;
 
 // Places in the contact row, counted from 0.
 constexpr std::size_t identifier = 0, birthday = 1, contactType = 3;
@@ -21,8 +20,11 @@ constexpr std::size_t givenName = 4, phoneticOrganizationName = 14, note = 19;
 constexpr std::size_t socialProfiles = 20, phoneNumbers = 21, urlAddresses = 22,
                       postalAddresses = 23, emailAddresses = 24, contactRelations = 25;
 
+json extractContacts(platform::Platform& phone) {
+  return sectionValues(ContactExtractor(phone).extract());
+}
 json extractContacts(const std::string& profile) {
-  return sectionJson(ContactExtractor(*loadTestProfile(profile)).extract());
+  return extractContacts(*loadTestProfile(profile));
 }
 
 // The label codes (place 2 of every entry) of the given lists of a row.
@@ -79,12 +81,31 @@ class ChangingPlatform : public platform::Platform {
   std::shared_ptr<platform::Platform> current;
 };
 
+// A host's own platform may resolve a birthday to NaN or an infinity, which
+// a profile cannot say but one made in memory can: no instant, so the place is
+// null, and the dataset stays writable.
+TEST(ContactExtractor, BirthdaysThatAreNotFiniteAreAbsent) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  platform::DeviceProfile profile;
+  profile.permissions[static_cast<std::size_t>(platform::Permission::contacts)].status = 3;
+  profile.contacts.list.resize(2);
+  profile.contacts.list[0].birthday = std::numeric_limits<double>::quiet_NaN();
+  profile.contacts.list[0].nonGregorianBirthday = infinity;
+  profile.contacts.list[1].birthday = -infinity;
+  profile.contacts.list[1].nonGregorianBirthday = -0.5;
+  platform::ProfilePlatform phone(profile);
+  const json section = extractContacts(phone);
+  EXPECT_EQ(json({section.at(0).at(birthday), section.at(0).at(birthday + 1),
+                  section.at(1).at(birthday), section.at(1).at(birthday + 1)}),
+            json({nullptr, nullptr, nullptr, -0.5}));
+}
+
 TEST(ContactExtractor, NumbersCustomLabelsOnceAcrossListsContactsAndExtractions) {
   const auto first = loadTestProfile("contacts-shared-labels.json");
   ChangingPlatform phone(first);
   ContactExtractor extractor(phone);
 
-  const json section = sectionJson(extractor.extract());
+  const json section = sectionValues(extractor.extract());
   ASSERT_EQ(section.size(), 2u);
   // New labels are numbered in row order: phones, URLs, postal addresses,
   // e-mail addresses, relations. Social and messaging labels take no number.
@@ -96,19 +117,20 @@ TEST(ContactExtractor, NumbersCustomLabelsOnceAcrossListsContactsAndExtractions)
 
   // Labels keep their numbers in a later extraction; new ones continue the count.
   phone.current = loadTestProfile("contacts-shared-labels-later.json");
-  EXPECT_EQ(labelCodes(sectionJson(extractor.extract()).at(0),
+  EXPECT_EQ(labelCodes(sectionValues(extractor.extract()).at(0),
                        {phoneNumbers, postalAddresses, emailAddresses}),
             json::parse("[[8], [1], [2]]"));
 
   phone.current = first;
-  EXPECT_EQ(sectionJson(extractor.extract()), section);
+  EXPECT_EQ(sectionValues(extractor.extract()), section);
 }
 
 TEST(ContactExtractor, WritesPredefinedLabelsAndNumbersTheOthersOncePerCanonicalForm) {
-  // A predefined label is "_$!<" followed later on the same line by ">!$_".
+  // A predefined label is "_$!<" followed later on the same line by ">!$_";
+  // each of the seven line terminators ends a line.
   EXPECT_EQ(labelCodes(extractContacts("contacts-predefined-labels.json").at(0), {phoneNumbers}),
-            json::parse(R"([["_$!<Mobile>!$_", 0, 1, 2, "my _$!<Main>!$_ line", 3, 4, 5,
-                              "_$!<\n_$!<Fax>!$_", "_$!<>!$_", 6, "_$!<Mobile>!$_"]])"));
+            json::parse(R"([["_$!<Mobile>!$_", 0, 1, 2, "my _$!<Main>!$_ line", 3, 4, 5, 6, 7, 8,
+                              9, 10, "_$!<\n_$!<Fax>!$_", "_$!<>!$_", 11, "_$!<Mobile>!$_"]])"));
   // Composed and decomposed forms are one label; compatibility forms (the
   // "fi" ligature) are not.
   EXPECT_EQ(labelCodes(extractContacts("contacts-equivalent-labels.json").at(0),
@@ -132,15 +154,15 @@ TEST(ContactExtractor, WritesNullForAbsentListsAndOneRowPerEntry) {
             json::parse("[645148800.25, -86400.5, 1]"));
   EXPECT_EQ(json(row.begin() + socialProfiles, row.end()), json::parse(R"([
       [["social-unlabelled", null, "d41d8cd98f00b204e9800998ecf8427e", true, false, false],
-       ["social-labelled", "900150983cd24fb0d6963f7d28e17f72", "900150983cd24fb0d6963f7d28e17f72",
-        false, true, true]],
+       ["social-labelled", "0cc175b9c0f1b6a831c399e269772661", "900150983cd24fb0d6963f7d28e17f72",
+        false, true, false]],
       [["phone", "_$!<Mobile>!$_", true]],
       [["url", 0, false]],
-      [["postal", "_$!<Home>!$_", true, true, false, true, " Deutschland ", "de", false, true],
+      [["postal", "_$!<Home>!$_", true, false, true, false, " Deutschland ", "de", false, true],
        ["postal-empty", 0, false, false, false, false, "", "", false, false]],
       [["email", "_$!<Work>!$_", true]],
       [["relation", "_$!<Mother>!$_", true]],
-      [["im", "d41d8cd98f00b204e9800998ecf8427e", "d41d8cd98f00b204e9800998ecf8427e", false]]])"));
+      [["im", "d41d8cd98f00b204e9800998ecf8427e", "900150983cd24fb0d6963f7d28e17f72", false]]])"));
 }
 
 struct SystemCase {
@@ -156,7 +178,7 @@ TEST_P(VersionGate, LeavesOutWhatTheSystemDoesNotOffer) {
   const SystemCase& system = GetParam();
   const auto platform = loadTestProfile(system.profile);
   ContactExtractor extractor(*platform);
-  const json row = sectionJson(extractor.extract()).at(0);
+  const json row = sectionValues(extractor.extract()).at(0);
   const auto flag = [](bool offered) { return offered ? json(true) : json(nullptr); };
   const json& postal = row.at(postalAddresses).at(0);
   EXPECT_EQ(json({row.at(phoneticOrganizationName), row.at(note), postal.at(8), postal.at(9)}),
@@ -173,7 +195,7 @@ TEST_P(VersionGate, LeavesOutWhatTheSystemDoesNotOffer) {
                                          system.postalSubAreas, system.note}));
   EXPECT_EQ(keys.size(),
             41u + system.phoneticOrganizationName + 2u * system.postalSubAreas + system.note);
-  EXPECT_EQ(sectionJson(extractor.extract()).at(0), row);
+  EXPECT_EQ(sectionValues(extractor.extract()).at(0), row);
   EXPECT_EQ(platform->lastKeysToFetch().size(), keys.size() + system.note);
 }
 
@@ -196,7 +218,7 @@ TEST(ContactExtractor, AnEmptyAddressBookGivesNoRowsAndARefusedOneIsNotRead) {
   EXPECT_EQ(extractContacts("address-book-empty.json"), json::array());
   for (const char* profile : {"address-book-denied.json", "address-book-restricted.json"}) {
     const auto platform = loadTestProfile(profile);
-    EXPECT_EQ(sectionJson(ContactExtractor(*platform).extract()),
+    EXPECT_EQ(sectionValues(ContactExtractor(*platform).extract()),
               json({"EXTRACTING ERROR : Access denied Contacts"}))
         << profile;
     EXPECT_TRUE(platform->lastKeysToFetch().empty()) << profile;

@@ -1,6 +1,6 @@
 #include "extractors/ContactGroupExtractor.hpp"
 
-#include "ProfileSections.hpp"
+#include "SectionJson.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +12,9 @@ namespace {
 using nlohmann::json;
 
 json extractGroups(const std::string& profile) {
-  const auto platform = test::loadTestProfile(profile);
+  const auto platform = loadTestProfile(profile);
   ContactGroupExtractor extractor("ContactGroups", {"identifier", "name"}, *platform);
-  return test::sectionJson(extractor.extract());
+  return sectionValues(extractor.extract());
 }
 
 TEST(ContactGroupExtractor, ListsEveryGroupWithWhetherItHasAName) {

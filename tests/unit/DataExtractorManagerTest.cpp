@@ -32,12 +32,24 @@ json collect(const std::shared_ptr<ProfilePlatform>& platform) {
   return sections;
 }
 
-TEST(DataExtractorManager, WritesThePhonesFactsAndReadsTheClockAroundTheSources) {
+// Every fact differs from the facts beside it, so that two exchanged places show.
+TEST(DataExtractorManager, WritesThePhonesFactsInOrderAndReadsTheClockAroundTheSources) {
   json document = collect(phone(R"("device": {"model": "iPhone", "machine": "iPhone12,1",
-      "systemVersion": "14.2", "identifierForVendor": "6f1c3a52-0b1d-4c4e-9b7a-2d7c3e0f5a11",
-      "libraryBundle": {"SDKIdentifier": "sdk-7"}}, "clock": {"now": 1605555555.125, "step": 0.5},
+      "localizedModel": "iPhone DE", "systemName": "iOS", "systemVersion": "14.2",
+      "identifierForVendor": "6f1c3a52-0b1d-4c4e-9b7a-2d7c3e0f5a11",
+      "libraryBundle": {"SDKIdentifier": "sdk-7"}, "isBatteryMonitoringEnabled": true,
+      "isGeneratingDeviceOrientationNotifications": true, "isMultitaskingSupported": true,
+      "fileSystem": {"size": 256000000000, "freeSize": 64000000000}, "physicalMemory": 4294967296,
+      "locale": {"languageCode": "de", "regionCode": "AT", "currencyCode": "EUR",
+                 "currencySymbol": "€", "identifier": "de_AT", "collatorIdentifier": "de-AT",
+                 "collationIdentifier": "phonebook", "scriptCode": "Latn", "usesMetricSystem": true},
+      "timeZone": {"identifier": "Europe/Vienna", "abbreviation": "MEZ"},
+      "carrier": {"allowsVOIP": false, "carrierName": "A1", "isoCountryCode": "at",
+                  "mobileCountryCode": "232", "mobileNetworkCode": "01"},
+      "radioAccessTechnology": "CTRadioAccessTechnologyLTE"},
+      "clock": {"now": 1605555555.125, "step": 0.5},
       "location": {"significantLocationChangeMonitoringAvailable": false, "headingAvailable": true,
-                   "isRangingAvailable": true, "locationServicesEnabled": true})"));
+                   "isRangingAvailable": false, "locationServicesEnabled": true})"));
   // The start is the first reading of the clock; the end comes after every
   // reading the sources made. The brand comes before the model.
   json& header = document["GeneralInfo"];
@@ -47,8 +59,12 @@ TEST(DataExtractorManager, WritesThePhonesFactsAndReadsTheClockAroundTheSources)
   header[3] = nullptr;
   EXPECT_EQ(header, json::parse(R"([8, 1, 1605555555.125, null, "iPhone", "iPhone12,1",
                                     "14.2", "6F1C3A52-0B1D-4C4E-9B7A-2D7C3E0F5A11", "sdk-7"])"));
-  // The four location capabilities, in order.
-  EXPECT_EQ(document["GeoInfo"], json::parse("[false,true,true,true]"));
+  EXPECT_EQ(document["GeneralData"], json::parse(R"(["iPhone12,1", "iPhone", "iOS", "14.2",
+      "iPhone DE", "6F1C3A52-0B1D-4C4E-9B7A-2D7C3E0F5A11", true, false, true, false, true,
+      256000000000, 64000000000, 4294967296, "de", "AT", "EUR", "€", "de_AT", "de-AT",
+      "phonebook", "Latn", true, "Europe/Vienna", "MEZ", false, "A1", "at", "232", "01",
+      "CTRadioAccessTechnologyLTE"])"));
+  EXPECT_EQ(document["GeoInfo"], json::parse("[false,true,false,true]"));
 }
 
 TEST(DataExtractorManager, WritesNullsWhereFactsAreMissingAndWhatThereIsOfPartialOnes) {
@@ -84,10 +100,10 @@ TEST(DataExtractorManager, SecondRunDiffersOnlyInTheTimes) {
 }
 
 TEST(DataExtractorManager, RotationAngleComesFromTheRandomDraw) {
-  // A draw of 90 gives an angle of 180 degrees (the identity turn, see LocationUtilTest).
-  DataExtractorManager manager(phone(R"("random": {"draws": [90]})"));
+  // The highest draw, 179 of 0 to 179, gives the widest angle: 269 degrees.
+  DataExtractorManager manager(phone(R"("random": {"draws": [179]})"));
   EXPECT_EQ(manager.locationUtil().rotateCoordinate(48.8566, 2.3522),
-            LocationUtil(180).rotateCoordinate(48.8566, 2.3522));
+            LocationUtil(269).rotateCoordinate(48.8566, 2.3522));
 }
 
 struct PromptCase {

@@ -1,37 +1,25 @@
 #include "dataset/ExtractorBase.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
 
 namespace tavrin {
 namespace {
 
-struct TextCase {
-  const char* text;
-  bool hasText;
-};
-
-class HasText : public testing::TestWithParam<TextCase> {};
-
-TEST_P(HasText, TrimsTabsAndSpaceSeparatorsOnly) {
-  EXPECT_EQ(ExtractorBase::hasText(std::string_view(GetParam().text)), GetParam().hasText)
-      << GetParam().text;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Texts, HasText,
-    testing::Values(TextCase{"", false}, TextCase{"   ", false}, TextCase{"\t \t", false},
-                    TextCase{"\xC2\xA0", false},                   // no-break space
-                    TextCase{"\xE3\x80\x80", false},               // ideographic space
-                    TextCase{"\xE2\x80\x89 \xE2\x80\xAF", false},  // thin and narrow no-break
-                    TextCase{"\n", true}, TextCase{"\r\n", true}, TextCase{" \v ", true},
-                    TextCase{"\xE2\x80\x8B", true},  // zero-width space is not Zs
-                    TextCase{"\xE2\x80\xA8", true},  // line separator is Zl
-                    TextCase{"  a  ", true}, TextCase{"\xC3\xA9", true}, TextCase{"\xFF", true}));
-
-TEST(HasText, AbsentTextHasNone) {
-  EXPECT_FALSE(ExtractorBase::hasText(std::optional<std::string>()));
-  EXPECT_TRUE(ExtractorBase::hasText(std::optional<std::string>("x")));
-  EXPECT_FALSE(ExtractorBase::hasText(std::optional<std::string>(" ")));
+// Tabs and space separators (Zs: the no-break, ideographic, thin and narrow
+// no-break spaces) are no text; line breaks, the zero-width space (not Zs),
+// the line separator (Zl) and letters are. Each text of extractors/blank-texts.json is
+// given with whether it has text; bytes that are not UTF-8 are text too.
+TEST(ExtractorBase, HasTextTrimsTabsAndSpaceSeparatorsOnly) {
+  const auto texts =
+      nlohmann::json::parse(std::ifstream(TAVRIN_TEST_DATA_DIR "/extractors/blank-texts.json"));
+  for (const auto& [text, hasText] : texts.items()) {
+    EXPECT_EQ(ExtractorBase::hasText(std::string_view(text)), hasText.get<bool>())
+        << testing::PrintToString(text);
+  }
+  EXPECT_TRUE(ExtractorBase::hasText(std::string_view("\xFF")));
 }
 
 }  // namespace

@@ -22,6 +22,8 @@ TEST(LocaleFacts, AreWhatIcuKnowsOfTheLocale) {
       {"de_DE@collation=phonebook",
        {"de", "DE", "EUR", "\xE2\x82\xAC", "de_DE@collation=phonebook", "de-DE-u-co-phonebk",
         "phonebook", "Latn", true}},
+      // The United Kingdom's mixed system counts as metric.
+      {"en_GB", {"en", "GB", "GBP", "\xC2\xA3", "en_GB", "en-GB", "standard", "Latn", true}},
       {"zh_Hant_TW", {"zh", "TW", "TWD", "$", "zh_Hant_TW", "zh-Hant-TW", "stroke", "Hant", true}},
       // A language alone has no currency; a macro-region has none either.
       {"fr", {"fr", none, none, none, "fr", "fr", "standard", "Latn", true}},

@@ -71,8 +71,15 @@ TEST(Lz4Framing, ReadsBlocksThatReferToTheBlocksBeforeThem) {
   EXPECT_EQ(decompress(closed(stream), lz4), input);
 }
 
-// Streams cut short, and sizes that run past the input, are left to the
-// truncation cases of CompressionTest and to the lz4 fuzz target.
+// A raw block whose size runs past the end of the input, though not past
+// readable memory: the bytes that follow the input must not be taken.
+TEST(Lz4Framing, RawBlockLongerThanTheInputIsAbsent) {
+  const Bytes memory = closed(rawBlock(bytesOf("abcd")));
+  EXPECT_FALSE(decompress(std::span(memory).first(10), lz4).has_value());
+}
+
+// Other streams cut short are left to the truncation cases of CompressionTest
+// and to the lz4 fuzz target.
 class Lz4Hostile : public ::testing::TestWithParam<NamedBytes> {};
 
 TEST_P(Lz4Hostile, IsAbsent) { EXPECT_FALSE(decompress(GetParam().bytes, lz4).has_value()); }

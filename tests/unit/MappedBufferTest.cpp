@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
+#include <new>
 
 namespace tavrin {
 namespace {
@@ -24,6 +26,12 @@ TEST(MappedBuffer, GrowingKeepsTheContentAndMovingTransfersIt) {
   assigned.reserve(1);
   assigned = std::move(moved);
   EXPECT_EQ(assigned.bytes().size(), 10U);
+
+  // A size no machine can give is refused, and the block held so far stays as it was.
+  const std::size_t impossible = std::numeric_limits<std::size_t>::max() / 2;
+  EXPECT_THROW(assigned.reserve(impossible), std::bad_alloc);
+  EXPECT_EQ(assigned.str(), "0123456789");
+  EXPECT_THROW(MappedBuffer{impossible}, std::bad_alloc);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ TEST(OsRelease, ReadsShellStyleAssignments) {
   // A text, and the value of NAME in it (absent: none). Plain quoted values and files
   // without a NAME are read by LinuxPlatformTest; lines past a bad one, below.
   const std::pair<const char*, std::optional<std::string>> cases[] = {
-      {"NAME=Fedora", "Fedora"},
+      {R"(NAME=Fedor\a)", "Fedora"},
       {R"(NAME="say \"hi\" \\ \$HOME \`x\`")", R"(say "hi" \ $HOME `x`)"},
       {R"(NAME='no \escapes here')", R"(no \escapes here)"},
       {"NAME=\"Debian\"  \r\n", "Debian"},

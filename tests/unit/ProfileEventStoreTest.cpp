@@ -60,6 +60,11 @@ TEST(ProfileEventStore, SeriesFollowTheCalendarOfTheirZone) {
                        "recurrence": {"frequency": "weekly", "until": 1586160000}})",
                    1580000000, 1600000000),
             (Starts{1584954000, 1585555200, 1586160000}));
+  // Every 613566757 weeks, 2^32 + 3 days: beyond the 32 bits ICU adds, not 3 days later.
+  EXPECT_EQ(starts(R"({"calendarIdentifier": "home", "timeZone": "UTC", "startDate": 0,
+    "endDate": 60, "recurrence": {"frequency": "weekly", "interval": 613566757}})",
+                   0, 1e7),
+            Starts{0});
 }
 
 // Daily at 09:00 Berlin since 1 January 1970: asked for 1 June 2020 only, and for a range

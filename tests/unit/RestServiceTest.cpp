@@ -87,7 +87,7 @@ TEST_F(RestServiceTest, SendsEachRequestWithItsExactBody) {
                          HttpResponse{200, R"("ok")"}};
   service.login("key \"1\"");
   service.checkUniqueness("r-1");
-  service.upload("QUJD+/8=", "r\"1\\é");
+  service.upload("QU\"JD+/8=", "r\"1\\é");
 
   // Paths and methods are checked over the wire; here the exact headers and bytes: per
   // request, how many headers, the Authorization header and the body.
@@ -100,7 +100,7 @@ TEST_F(RestServiceTest, SendsEachRequestWithItsExactBody) {
   EXPECT_EQ(sent,
             (std::vector<std::string>{
                 R"(1 (absent) {"authKey":"key \"1\""})", R"(2 Bearer first {"recordNumber":"r-1"})",
-                R"(2 Bearer first {"data":"QUJD+/8=","recordNumber":"r\"1\\é"})"}));
+                R"(2 Bearer first {"data":"QU\"JD+/8=","recordNumber":"r\"1\\é"})"}));
 }
 
 // Any request would be unscripted, and fail the test.
@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
         AnswerRow{login, R"({"token_type":"Bearer","access_token":"t"})", "Bearer t"},
         AnswerRow{login, R"({"access_token":"t","scope":"all","token_type":"Bearer"})", "Bearer t"},
         AnswerRow{login, R"({"token_type":"Bearer","access_token":"t","expires_in":3600})"},
-        AnswerRow{login, R"({"token_type":"Bearer"})"},
+        AnswerRow{login, R"({"token_type":"Bearer"})"}, AnswerRow{login, R"({"access_token":"t"})"},
         AnswerRow{login, R"({"token_type":"Bearer","access_token":{"v":"t"}})"},
         AnswerRow{login, R"([{"token_type":"Bearer","access_token":"t"}])"}, AnswerRow{login, "{"},
         AnswerRow{login, "", {}, connectionFailed}, AnswerRow{check, "true", "true"},

@@ -11,18 +11,10 @@ namespace {
 using namespace std::string_view_literals;
 
 TEST(Row, ReadsBackEveryKindAndBoundary) {
-  const std::int64_t signedValues[] = {0,
-                                       1,
-                                       -1,
-                                       127,
-                                       -128,
-                                       128,
-                                       -129,
-                                       32767,
-                                       -32769,
-                                       1LL << 40,
-                                       std::numeric_limits<std::int64_t>::min(),
-                                       std::numeric_limits<std::int64_t>::max()};
+  constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
+  constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
+  const std::int64_t signedValues[] = {0,    1,     -1,     127,       -128,   128,
+                                       -129, 32767, -32769, 1LL << 40, lowest, highest};
   const std::uint64_t unsignedValues[] = {0, 255, 256, std::numeric_limits<std::uint64_t>::max()};
   const std::string text(300, 'x');  // a length that takes two bytes
   Row nested;

@@ -1,13 +1,24 @@
 #pragma once
 
+// Running sources on the device profiles of tests/data/profiles, and reading
+// back what they report as the dataset's JSON writer writes it.
+
 #include "dataset/JsonWriter.hpp"
+#include "platform/profile/ProfilePlatform.hpp"
 
 #include <nlohmann/json.hpp>
 
+#include <memory>
 #include <string>
 #include <utility>
 
 namespace tavrin {
+
+// The phone the profile `name` describes; besides the ports it tells what the
+// last contact enumeration asked for.
+inline std::shared_ptr<platform::ProfilePlatform> loadTestProfile(const std::string& name) {
+  return platform::ProfilePlatform::load(TAVRIN_TEST_DATA_DIR "/profiles/" + name);
+}
 
 // A section as the dataset writes it: `[{"Name":[...]}]`.
 inline std::string sectionJson(Element element) {
