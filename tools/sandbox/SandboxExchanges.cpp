@@ -87,9 +87,14 @@ Answer SandboxExchanges::answer(Exchange exchange, std::string_view body,
                                      : _counts.uploads);
   }
   const auto rule = takeFault(exchange);
-  if (rule && rule->action != FaultRule::Action::drip) return injected(*rule);
+  if (rule && rule->action != FaultRule::Action::drip) {
+    Answer answer = injected(*rule);
+    answer.fault = rule->text;
+    return answer;
+  }
   Answer answer = normal(exchange, body, authorization);
   if (rule) {
+    answer.fault = rule->text;
     answer.drip = true;
     answer.note = "fault " + rule->text + ", then " + answer.note;
   }

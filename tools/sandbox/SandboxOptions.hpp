@@ -74,6 +74,8 @@ struct SandboxOptions {
   // about 40 ms: only for measuring that delay (the hidden --tcp-delay).
   bool tcpNoDelay = true;
   std::vector<FaultRule> faults;
+  // Whether the dashboard (the page at / and the API under /api/) is served.
+  bool dashboard = true;
   // Receives one line per exchange and per refusal; empty: no log. Called
   // from the serving threads, one call at a time, with printable text only.
   std::function<void(const std::string&)> log;

@@ -22,6 +22,7 @@ struct SandboxArguments {
   long busyTimeout = 2000;
   std::string tlsCertificate, tlsKey, caFile, certificateDirectory;
   std::vector<std::string> keys, faults;
+  bool noUi = false;
 };
 
 // An option whose default is shown and whose value is bounded, so that no
@@ -56,6 +57,7 @@ int runSandbox(SandboxArguments& arguments) {
   options.limits.idleTimeout = std::chrono::seconds(arguments.idleTimeout);
   options.limits.busyTimeout = std::chrono::milliseconds(arguments.busyTimeout);
   options.certificateDirectory = arguments.certificateDirectory;
+  options.dashboard = !arguments.noUi;
   if (!arguments.tlsCertificate.empty()) {
     options.tlsFiles =
         sandbox::TlsFiles{arguments.tlsCertificate, arguments.tlsKey, arguments.caFile};
@@ -78,6 +80,8 @@ int runSandbox(SandboxArguments& arguments) {
   }
   server->start();
   std::cout << "sandbox ready: " << server->clientOptions() << std::endl;
+  if (options.dashboard)
+    std::cerr << "sandbox: dashboard at " << server->dashboardUrl() << std::endl;
   int received = 0;
   sigwait(&signals, &received);
   server->stop();
@@ -153,6 +157,8 @@ Command addSandboxCommand(CLI::App& app) {
   bounded(command, "--max-db-size", limits.maxDatabaseSize,
           "Largest size of the database in bytes; 0: no limit (507 beyond)", std::uint64_t{0},
           std::uint64_t{1} << 50);
+  command->add_flag("--no-ui", arguments->noUi,
+                    "Serve no dashboard (the page at / and the API under /api/)");
   // Hidden: brings back the delay of Nagle's algorithm, for measuring it.
   command->add_flag_callback("--tcp-delay", [&options] { options.tcpNoDelay = false; })->group("");
   command->add_option("--fault", arguments->faults,
