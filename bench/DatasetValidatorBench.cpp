@@ -134,9 +134,9 @@ void DecodeSixtyKilobytePayload(benchmark::State& state) {
     jsonSize = decoded.jsonSize;
     benchmark::DoNotOptimize(decoded);
   }
-  state.SetLabel(
-      (hostile ? "hostile, " : "valid (reference), ") +
-      (jsonSize == 0 ? "refused while inflating" : std::to_string(jsonSize >> 10) + " KiB of JSON"));
+  state.SetLabel((hostile ? "hostile, " : "valid (reference), ") +
+                 (jsonSize == 0 ? "refused while inflating"
+                                : std::to_string(jsonSize >> 10) + " KiB of JSON"));
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * jsonSize));
 }
 BENCHMARK(DecodeSixtyKilobytePayload)
