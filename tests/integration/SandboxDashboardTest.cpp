@@ -44,13 +44,14 @@ TEST(SandboxDashboard, APollingPageLeavesCollectionsTheirConnections) {
                          [&] { return page.getJson("/api/exchanges?after=0&wait=25"); });
 
   ServiceOptions service;
-  service.platform =
-      platform::loadDeviceProfile(TAVRIN_SOURCE_DIR "/examples/profiles/iphone-realistic.json");
-  service.caFile = server.tlsFiles().authority.string();
-  service.resolve = {server.resolve()};
-  // Far shorter than the poll's wait: a connection kept from the collection
-  // until the poll gave up would fail it.
-  service.requestTimeout = 5s;
+  // The request timeout is far shorter than the poll's wait: a connection kept
+  // from the collection until the poll gave up would fail it.
+  service
+      .setPlatform(
+          platform::loadDeviceProfile(TAVRIN_SOURCE_DIR "/examples/profiles/iphone-realistic.json"))
+      .setCaFile(server.tlsFiles().authority.string())
+      .setResolve({server.resolve()})
+      .setRequestTimeout(5s);
   const std::string answer =
       TavrinService(server.url(), "sandbox-key", service).collectData("live-1");
   EXPECT_EQ(answer, "accepted record \"live-1\" as upload 1");
