@@ -214,7 +214,8 @@ TAVRIN_EXPORT void tavrin_error_free(tavrin_error* error);
 /// Completes a prompt with the raw `status` (tavrin_authorization) the user's answer
 /// leaves and, for a failed prompt, `error_description` (NULL for none; copied). Any
 /// thread, once per prompt, which it releases; a run that stopped meanwhile ignores it.
-/// Returns 0, or -1 for a NULL prompt (the prompt is then released all the same).
+/// Returns 0, or -1 for a NULL prompt or when memory runs out (the prompt is released
+/// all the same, and the run waiting for it stops at its deadline or cancellation).
 TAVRIN_EXPORT int tavrin_prompt_complete(tavrin_prompt* prompt, long long status,
                                          const char* error_description);
 /// Answers a data query with the `length` bytes of JSON at `json` (copied), read as
