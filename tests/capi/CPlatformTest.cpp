@@ -23,6 +23,9 @@ namespace tavrin {
 namespace {
 
 const char* const permissionNames[] = {"photoLibrary", "contacts", "calendarEvents", "reminders"};
+// The members behind a permission, with its index in permissionNames.
+const std::map<std::string, int> guardedBy = {
+    {"photos", 0}, {"contacts", 1}, {"events", 2}, {"reminders", 3}};
 
 // A host that describes a phone from the members of a profile document. Its
 // permissions take their profile's answer when a prompt completes, on a
@@ -73,6 +76,11 @@ struct Phone {
     made.describe = [](void* context, const char* section, tavrin_answer* answer) {
       auto& phone = *static_cast<Phone*>(context);
       phone.asked.emplace_back(section);
+      // A store behind a permission is read only once its prompt is answered.
+      if (const auto guard = guardedBy.find(section); guard != guardedBy.end()) {
+        const std::lock_guard lock(phone.mutex);
+        EXPECT_NE(phone.permission(guard->second).value("status", 2), 0) << section;
+      }
       std::string text;
       if (const auto found = phone.raw.find(section); found != phone.raw.end()) {
         text = found->second;
