@@ -23,8 +23,7 @@ class DescribedPhone(Platform):
         self.lock = threading.Lock()
 
     def setting(self, permission):
-        names = ["photoLibrary", "contacts", "calendarEvents", "reminders"]
-        return self.profile["permissions"][names[permission]]
+        return permission_setting(self.profile, permission)
 
     def authorization_status(self, permission):
         with self.lock:
@@ -49,6 +48,11 @@ class DescribedPhone(Platform):
 
     def describe(self, section):
         return self.profile.get(section)
+
+
+def permission_setting(profile: dict, permission: Permission) -> dict:
+    names = ["photoLibrary", "contacts", "calendarEvents", "reminders"]
+    return profile["permissions"][names[permission]]
 
 
 def realistic() -> dict:
@@ -129,7 +133,7 @@ def test_python_platform_gives_the_profiles_dataset(sandbox):
         expected = service.preview()
     profile = realistic()
     for permission in Permission:
-        DescribedPhone(profile).setting(permission).update(
+        permission_setting(profile, permission).update(
             status=Authorization.NOT_DETERMINED, answer=Authorization.AUTHORIZED)
     phone = DescribedPhone(profile)
     with Service(sandbox.url, "sandbox-key", sandbox.options(platform=phone)) as service:
