@@ -34,7 +34,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 # The static library, its CMake package and the pkg-config file's
 # Requires.private name these libraries' development files.
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
-  "zlib1g-dev, libdeflate-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev")
+  "zlib1g-dev, libdeflate-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev${tavrin_optional_dev_packages}")
 
 include(CPack)
 cpack_add_component(runtime

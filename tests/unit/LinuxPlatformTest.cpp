@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <stdexcept>
 
 namespace tavrin::platform {
 namespace {
@@ -102,17 +103,22 @@ TEST(LinuxPlatform, LibraryBundleHoldsOnlyTheBuildsSdkIdentifier) {
   EXPECT_EQ(device.libraryBundleString("CFBundleIdentifier"), std::nullopt);
 }
 
-// The stores are never read behind a restricted status, so only the status
-// and the prompts matter.
-TEST(LinuxPlatform, StoresAreRestrictedAndPromptsRefused) {
+// The stores the build cannot read are restricted; the address book, when the
+// build reads it, waits for the host's consent, which without a consent
+// callback is no. A restricted store is never read, and its prompt is refused.
+TEST(LinuxPlatform, StoresWithoutConsentAreNotRead) {
   const auto platform = makeLinuxPlatform("app");
+#ifdef TAVRIN_WITH_EDS
+  const std::int64_t contacts = AuthorizationStatus::notDetermined;
+#else
+  const std::int64_t contacts = AuthorizationStatus::restricted;
+#endif
   for (const std::int64_t type : {0, 1, 2, -1}) {
-    EXPECT_EQ(platform->contacts().authorizationStatus(type), AuthorizationStatus::restricted);
+    EXPECT_EQ(platform->contacts().authorizationStatus(type), contacts);
     EXPECT_EQ(platform->events().authorizationStatus(type), AuthorizationStatus::restricted);
   }
   EXPECT_EQ(platform->photos().authorizationStatus(), AuthorizationStatus::restricted);
 
-  // Prompts are never called for, and refused at once if they are.
   int refusals = 0;
   const AccessHandler refused = [&](bool granted, std::optional<PlatformError> error) {
     refusals += !granted && !error ? 1 : 0;
@@ -123,6 +129,40 @@ TEST(LinuxPlatform, StoresAreRestrictedAndPromptsRefused) {
   platform->photos().requestAuthorization([&](std::int64_t s) { status = s; });
   EXPECT_EQ(refusals, 2);
   EXPECT_EQ(status, AuthorizationStatus::restricted);
+  EXPECT_NE(platform->contacts().authorizationStatus(0), AuthorizationStatus::authorized);
+}
+
+// The host is asked once per store, and its answer is kept: a callback that
+// throws or is missing has not said yes.
+TEST(StoreConsent, AsksTheHostOnceAndKeepsItsAnswer) {
+  struct Case {
+    const char* name;
+    std::function<bool(const std::string&)> answer;
+    std::int64_t status;
+  };
+  const Case cases[] = {
+      {"no callback", nullptr, AuthorizationStatus::denied},
+      {"yes to contacts", [](const std::string& s) { return s == "contacts"; },
+       AuthorizationStatus::authorized},
+      {"yes to others", [](const std::string& s) { return s != "contacts"; },
+       AuthorizationStatus::denied},
+      {"throws", [](const std::string&) -> bool { throw std::runtime_error("no"); },
+       AuthorizationStatus::denied},
+  };
+  for (const Case& c : cases) {
+    int asked = 0;
+    ConsentCallback callback;
+    if (c.answer) callback = [&](const std::string& s) { return ++asked, c.answer(s); };
+    StoreConsent consent("contacts", callback);
+    EXPECT_EQ(consent.status(), AuthorizationStatus::notDetermined) << c.name;
+    for (int round = 0; round < 2; ++round) {
+      std::optional<bool> granted;
+      consent.request([&](bool answer, std::optional<PlatformError>) { granted = answer; });
+      EXPECT_EQ(granted, c.status == AuthorizationStatus::authorized) << c.name;
+      EXPECT_EQ(consent.status(), c.status) << c.name;
+    }
+    EXPECT_EQ(asked, c.answer ? 1 : 0) << c.name;
+  }
 }
 
 TEST(LinuxPlatform, ClockReadsSecondsSince1970) {

@@ -11,17 +11,22 @@
 
 #include <tavrin/platform/Platform.hpp>
 
+#include <memory>
+
 namespace tavrin::platform {
 
-// The Linux machine the library runs on: its real device facts, and the
+// The Linux machine the library runs on: its real device facts, the stores the
+// build can read (access to them decided by the host's `consent`), and the
 // personal data stores it does not have reported as restricted.
 class LinuxPlatform final : public Platform {
  public:
-  explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {})
-      : _device(std::move(applicationIdentifier), files) {}
+  explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {},
+                         const ConsentCallback& consent = {})
+      : _device(std::move(applicationIdentifier), files),
+        _contacts(makeLinuxContactStore(consent)) {}
 
   DeviceInfo& device() override { return _device; }
-  ContactStore& contacts() override { return _contacts; }
+  ContactStore& contacts() override { return *_contacts; }
   EventStore& events() override { return _events; }
   PhotoLibrary& photos() override { return _photos; }
   CaptureDeviceSource& captureDevices() override { return _captureDevices; }
@@ -31,7 +36,7 @@ class LinuxPlatform final : public Platform {
 
  private:
   LinuxDeviceInfo _device;
-  LinuxContactStore _contacts;
+  std::unique_ptr<ContactStore> _contacts;
   LinuxEventStore _events;
   LinuxPhotoLibrary _photos;
   LinuxCaptureDeviceSource _captureDevices;
