@@ -7,8 +7,8 @@ CMAKE_FLAGS ?=
 JOBS ?= $(shell nproc)
 
 .PHONY: demo test test-sanitize test-tsan bench bench-link bench-link-build fuzz package docs deps \
-  build clean format coverage check-format check-layers tidy mutate check-abi \
-  abi-baseline
+  build clean format coverage check-format check-layers tidy mutate check-abi abi-baseline \
+  browser-deps screenshot
 
 deps:
 	@./scripts/install-deps.sh
@@ -20,8 +20,20 @@ build: deps
 demo: build
 	@$(BUILD)/tools/tavrin demo
 
-test: build
+# The browser tests of the dashboard run when Chromium and their npm packages
+# can be installed, and are skipped otherwise; with TAVRIN_REQUIRE_BROWSER=1
+# (as in CI) either is a failure.
+test: build browser-deps
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+browser-deps:
+	@./scripts/install-browser-tests.sh || { [ -z "$$TAVRIN_REQUIRE_BROWSER" ] && \
+	  echo "browser tests skipped: Chromium or their npm packages could not be installed"; }
+
+# The dashboard's screenshot in docs/, taken by the browser test of an upload's page.
+screenshot: build browser-deps
+	@TAVRIN_TOOL=$(BUILD)/tools/tavrin TAVRIN_SOURCE_DIR=$(CURDIR) \
+	  TAVRIN_SCREENSHOT=$(CURDIR)/docs/dashboard.png node tests/browser/dashboard.test.mjs
 
 # The tests once more, built with clang under AddressSanitizer and UndefinedBehaviorSanitizer.
 # An allocation too large to give returns null, as the C library's does: the tests ask for one.
@@ -37,11 +49,11 @@ test-sanitize: deps
 # ThreadSanitizer: platform completions (prompts, reminders), servers in the
 # process answering the transport, the collection run and the sandbox under load
 # on threads of their own, the sandbox's process, a thread per connection,
-# stopped while clients hold their connections, and runs on the library's thread
-# (collectDataAsync) cancelled from the test's (SandboxCollection). TSAN_TESTS
-# is a ctest regular expression over test names; extend it when a test of
-# another waiting path is added.
-TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess
+# stopped while clients hold their connections, runs on the library's thread
+# (collectDataAsync) cancelled from the test's (SandboxCollection), and the
+# dashboard's polls waiting on the exchange log. TSAN_TESTS is a ctest regular
+# expression over test names; extend it when a test of another waiting path is added.
+TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess|SandboxDashboard|DashboardJson
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \

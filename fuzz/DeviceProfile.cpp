@@ -1,8 +1,10 @@
 // Device profiles are read from files people write: any bytes must give a
 // platform or a DeviceProfileError, never a crash, a hang or a runaway use of
 // memory. The first three bytes choose small limits for the rest, so that
-// every limit is reached; a refusal must print as one short, printable line,
-// and a profile that loads must answer each event query within its rows.
+// every limit is reached; a first byte of 255 keeps the parse's default
+// limits, so that large profiles are read whole. A refusal must print as one
+// short, printable line, and a profile that loads must answer each event
+// query within its rows.
 
 #include "platform/profile/DeviceProfileReader.hpp"
 #include "platform/profile/ProfilePlatform.hpp"
@@ -17,9 +19,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace tavrin::platform;
   if (size < 3) return 0;
   ProfileLimits limits;
-  limits.depth = 1 + data[0] % 16;
-  limits.values = 1 + std::size_t{data[1]} * 16;
-  limits.containers = 1 + std::size_t{data[1]} * 4;
+  if (data[0] != 255) {
+    limits.depth = 1 + data[0] % 16;
+    limits.values = 1 + std::size_t{data[1]} * 16;
+    limits.containers = 1 + std::size_t{data[1]} * 4;
+  }
   limits.eventRows = 1 + std::uint64_t{data[2]} * 40;
   const std::string_view text(reinterpret_cast<const char*>(data) + 3, size - 3);
   try {

@@ -4,7 +4,6 @@
 // or an exception. Uploads are kept in a store of bounded size, so that a
 // long run does not grow without end.
 
-#include "PrintableText.hpp"
 #include "SandboxExchanges.hpp"
 
 #include <nlohmann/json.hpp>

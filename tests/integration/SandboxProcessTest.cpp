@@ -194,9 +194,24 @@ TEST(SandboxInspect, DecodesAPayloadFromStandardInput) {
 }
 
 TEST(SandboxProcess, TakesItsLimitsAndFaultRulesFromTheCommandLine) {
-  const auto unreadable = runTool({"sandbox", "--fault", "upload:explode"});
-  EXPECT_EQ(unreadable.exitCode, 2);
-  EXPECT_THAT(unreadable.errors, HasSubstr("\"upload:explode\""));
+  // A start-up error names what was typed, with its control characters
+  // escaped so that none reaches the terminal.
+  const struct {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string shown;
+  } refusals[] = {
+      {{"sandbox", "--fault", "upload:expl\x1b[2Jode"}, 2, R"("upload:expl\u001B[2Jode")"},
+      {{"sandbox", "--db", "/nonexistent/\x1b[2J.db"},
+       1,
+       R"(cannot open /nonexistent/\u001B[2J.db)"},
+  };
+  for (const auto& refusal : refusals) {
+    const auto refused = runTool(refusal.arguments);
+    EXPECT_EQ(refused.exitCode, refusal.exitCode);
+    EXPECT_THAT(refused.errors, HasSubstr(refusal.shown));
+    EXPECT_THAT(refused.errors, testing::Not(HasSubstr("\x1b")));
+  }
 
   SandboxProcess sandbox({"--max-body", "2000", "--io-timeout", "1", "--request-timeout", "2",
                           "--fault", "upload:status=401*1", "--fault", "check:error=409/busy"});

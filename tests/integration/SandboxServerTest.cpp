@@ -1,10 +1,10 @@
 // The sandbox run in-process, for what needs its internals: concurrency,
 // held requests, hostile requests and slow clients.
-#include "PrintableText.hpp"
 #include "SandboxFixture.hpp"
 #include "SandboxServer.hpp"
 #include "net/CurlTransport.hpp"
 #include "net/RestService.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <tavrin/error.hpp>
 #include <tavrin/service.hpp>
@@ -119,8 +119,8 @@ TEST(SandboxServer, RefusesOversizedAndMalformedRequestsWithAValidDocument) {
   raw.set_ca_cert_path(server.tlsFiles().authority.c_str());
   EXPECT_EQ(raw.Get("/x%0D%0Asandbox:%20forged")->status, 404);
   server.stop();
-  EXPECT_THAT(logged, testing::Contains(testing::HasSubstr(R"(/x\r\nsandbox: forged)")));
-  for (const auto& line : logged) EXPECT_EQ(sandbox::printable(line), line);
+  EXPECT_THAT(logged, testing::Contains(testing::HasSubstr(R"(/x\u000D\u000Asandbox: forged)")));
+  for (const auto& line : logged) EXPECT_EQ(platform::printableExcerpt(line, line.size()), line);
 }
 
 TEST(SandboxServer, SlowClientsFromOneAddressStarveNobody) {

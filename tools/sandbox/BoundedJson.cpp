@@ -1,7 +1,7 @@
 #include "BoundedJson.hpp"
 
-#include "PrintableText.hpp"
 #include "StopSignal.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -61,12 +61,12 @@ class BoundedBuilder final : public nlohmann::json_sax<json> {
     if (const auto at = message.find(echoed); at != std::string::npos) {
       message.replace(at, echoed.size(), quoted(token));
     }
-    return refuse("not JSON: " + printable(message, messageLimit));
+    return refuse("not JSON: " + platform::printableExcerpt(message, messageLimit));
   }
 
  private:
   static std::string quoted(std::string_view text) {
-    return "\"" + printable(text, tokenExcerpt) + "\"";
+    return "\"" + platform::printableExcerpt(text, tokenExcerpt) + "\"";
   }
 
   bool refuse(std::string problem) {

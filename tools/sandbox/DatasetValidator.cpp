@@ -40,9 +40,11 @@ std::string base64Problem(std::string_view text) {
 }
 
 // Inflates a raw DEFLATE stream into `text`, refusing to produce more than
-// `limit` bytes and any bytes after the end of the stream.
+// `limit` bytes (described by `limitText` in the problem) and any bytes after
+// the end of the stream.
 std::optional<std::string> inflateBounded(const std::vector<std::uint8_t>& input, std::size_t limit,
-                                          const std::atomic<bool>* stop, std::string& text) {
+                                          std::string_view limitText, const std::atomic<bool>* stop,
+                                          std::string& text) {
   z_stream stream{};
   if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) return "the inflater could not start";
   const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, inflateEnd);
@@ -55,8 +57,8 @@ std::optional<std::string> inflateBounded(const std::vector<std::uint8_t>& input
   // One byte beyond the limit shows that the stream goes on past it; the
   // largest limit saturates instead of wrapping around to 0.
   const std::size_t bound = limit < SIZE_MAX ? limit + 1 : limit;
-  const auto tooLarge = [limit] {
-    return "it inflates to more than the limit of " + std::to_string(limit) + " bytes";
+  const auto tooLarge = [limitText] {
+    return "it inflates to more than " + std::string(limitText);
   };
   // Room for four times the input to begin with, doubled whenever it fills.
   const std::size_t initial = std::min(input.size(), bound / 4) * 4;
@@ -427,8 +429,17 @@ DecodedPayload DatasetValidator::decode(std::string_view base64) const {
     return result;
   }
   const std::size_t deflateSize = compressed->size();
+  std::size_t byRatio = 0;
+  if (__builtin_mul_overflow(deflateSize, _maxInflationRatio, &byRatio)) byRatio = SIZE_MAX;
+  byRatio = std::max(byRatio, inflationFloor);
+  const std::size_t limit = std::min(byRatio, _maxJsonSize);
+  const std::string limitText = limit == _maxJsonSize
+                                    ? "the limit of " + std::to_string(limit) + " bytes"
+                                    : std::to_string(limit) + " bytes and " +
+                                          std::to_string(_maxInflationRatio) + " times its " +
+                                          std::to_string(deflateSize) + " DEFLATE bytes";
   std::string text;
-  if (auto problem = inflateBounded(*compressed, _maxJsonSize, _stop, text)) {
+  if (auto problem = inflateBounded(*compressed, limit, limitText, _stop, text)) {
     result.deflateSize = deflateSize;
     result.problem = "payload: " + *problem;
     return result;

@@ -46,6 +46,14 @@ class DatasetValidator {
   // The rows of the dataset may hold at most this many values (a
   // 200,000-contact phone's dataset holds about 10 million).
   static constexpr std::size_t defaultMaxJsonValues = std::size_t{16} << 20;
+  // A payload may also inflate to at most this many times its DEFLATE bytes
+  // (or to inflationFloor, when that is more), so that a small hostile
+  // payload is refused after a few megabytes. Datasets inflate about 3.4
+  // times, since their digests and identifiers do not compress (8 times for
+  // a phone of 100,000 contacts holding nothing but identifiers); repeated
+  // text inflates a thousand times.
+  static constexpr std::size_t defaultMaxInflationRatio = 64;
+  static constexpr std::size_t inflationFloor = std::size_t{1} << 20;
   // A dataset nests six levels deep (document, section, values, row, list,
   // nested row); anything deeper than this is refused while parsing.
   static constexpr std::size_t maxJsonDepth = 32;
@@ -53,8 +61,12 @@ class DatasetValidator {
   // When `stop` is given, decoding watches it and gives up once it is raised.
   explicit DatasetValidator(std::size_t maxJsonSize = defaultMaxJsonSize,
                             std::size_t maxJsonValues = defaultMaxJsonValues,
+                            std::size_t maxInflationRatio = defaultMaxInflationRatio,
                             const std::atomic<bool>* stop = nullptr)
-      : _maxJsonSize(maxJsonSize), _maxJsonValues(maxJsonValues), _stop(stop) {}
+      : _maxJsonSize(maxJsonSize),
+        _maxJsonValues(maxJsonValues),
+        _maxInflationRatio(maxInflationRatio),
+        _stop(stop) {}
 
   // Decodes and checks one payload, in time linear in its size. Never throws
   // for malformed input; throws WorkStopped once the stop flag is raised.
@@ -71,6 +83,7 @@ class DatasetValidator {
  private:
   std::size_t _maxJsonSize;
   std::size_t _maxJsonValues;
+  std::size_t _maxInflationRatio;
   const std::atomic<bool>* _stop;
 };
 

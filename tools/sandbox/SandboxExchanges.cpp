@@ -1,10 +1,10 @@
 #include "SandboxExchanges.hpp"
 
 #include "BoundedJson.hpp"
-#include "PrintableText.hpp"
 #include "RandomHex.hpp"
 #include "StopSignal.hpp"
 #include "collection/StatusResource.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -25,7 +25,9 @@ constexpr std::string_view requestMalformed = "request_malformed";
 constexpr JsonLimits requestLimits{4, 64};
 
 // How a record number is named in notes: quoted, cut short.
-std::string named(std::string_view record) { return "record \"" + printable(record, 64) + "\""; }
+std::string named(std::string_view record) {
+  return "record \"" + platform::printableExcerpt(record, 64) + "\"";
+}
 
 Answer malformed(std::string_view detail) { return Answer::error(400, requestMalformed, detail); }
 
@@ -85,9 +87,14 @@ Answer SandboxExchanges::answer(Exchange exchange, std::string_view body,
                                      : _counts.uploads);
   }
   const auto rule = takeFault(exchange);
-  if (rule && rule->action != FaultRule::Action::drip) return injected(*rule);
+  if (rule && rule->action != FaultRule::Action::drip) {
+    Answer answer = injected(*rule);
+    answer.fault = rule->text;
+    return answer;
+  }
   Answer answer = normal(exchange, body, authorization);
   if (rule) {
+    answer.fault = rule->text;
     answer.drip = true;
     answer.note = "fault " + rule->text + ", then " + answer.note;
   }

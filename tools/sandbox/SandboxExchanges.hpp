@@ -26,11 +26,12 @@ struct ExchangeCounts {
 // What the sandbox answers to one request, before it goes on the wire.
 struct Answer {
   int status = 200;
-  std::string body;    // JSON text, always valid UTF-8; empty for a bare answer
-  std::string note;    // what the log says about it
-  bool drop = false;   // close the connection instead of answering
-  bool stall = false;  // answer only once the client has given up
-  bool drip = false;   // send the body one byte a second, after a minute of blanks
+  std::string body;     // JSON text, always valid UTF-8; empty for a bare answer
+  std::string note;     // what the log says about it
+  bool drop = false;    // close the connection instead of answering
+  bool stall = false;   // answer only once the client has given up
+  bool drip = false;    // send the body one byte a second, after a minute of blanks
+  std::string fault{};  // the fault rule that made the answer, "" for the normal one
 
   // The status with the document {"title": TITLE, "detail": DETAIL}.
   static Answer error(int status, std::string_view title, std::string_view detail,

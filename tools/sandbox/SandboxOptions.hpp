@@ -24,9 +24,11 @@ struct SandboxLimits {
   std::size_t maxSmallBody = 4096;
   // A request's line and headers; beyond, the request fails with 400.
   std::size_t maxRequestHead = std::size_t{64} << 10;
-  // The dataset an upload inflates to, and the values its JSON holds; an
-  // upload beyond either is refused as dataset_invalid.
+  // The dataset an upload inflates to, the most times its DEFLATE bytes it
+  // may inflate, and the values its JSON holds; an upload beyond any is
+  // refused as dataset_invalid.
   std::size_t maxDataset = DatasetValidator::defaultMaxJsonSize;
+  std::size_t maxInflationRatio = DatasetValidator::defaultMaxInflationRatio;
   std::size_t maxDatasetValues = DatasetValidator::defaultMaxJsonValues;
   // A whole request, from its first byte (or the connection's handshake) to
   // the end of its body; a slower one is answered 408 and cut off.
@@ -72,6 +74,8 @@ struct SandboxOptions {
   // about 40 ms: only for measuring that delay (the hidden --tcp-delay).
   bool tcpNoDelay = true;
   std::vector<FaultRule> faults;
+  // Whether the dashboard (the page at / and the API under /api/) is served.
+  bool dashboard = true;
   // Receives one line per exchange and per refusal; empty: no log. Called
   // from the serving threads, one call at a time, with printable text only.
   std::function<void(const std::string&)> log;

@@ -1,10 +1,11 @@
 #include "SandboxServer.hpp"
 
-#include "PrintableText.hpp"
+#include "Dashboard.hpp"
 #include "RandomHex.hpp"
 #include "TlsListener.hpp"
 #include "TlsStream.hpp"
 #include "collection/StatusResource.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <httplib.h>
 
@@ -25,6 +26,9 @@ using Clock = StopSignal::Clock;
 constexpr const char* exchangeHeader = "X-Sandbox-Exchange";
 // A log line longer than this is cut.
 constexpr std::size_t logLineLimit = 2000;
+// A dashboard's poll waits at most this long for news (and never longer than
+// a request may take).
+constexpr std::chrono::seconds longestPoll{25};
 // Bounds the permits: requests processed at once, and those stop() releases
 // (at most one waits on each open connection).
 constexpr std::size_t maxPermits = std::size_t{1} << 20;
@@ -68,7 +72,8 @@ SandboxServer::SandboxServer(SandboxOptions options)
     : _options(std::move(options)),
       _store(_options.database, {_options.limits.busyTimeout, _options.limits.maxDatabaseSize},
              false, &_stop.flag()),
-      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues, &_stop.flag()),
+      _validator(_options.limits.maxDataset, _options.limits.maxDatasetValues,
+                 _options.limits.maxInflationRatio, &_stop.flag()),
       _exchanges(_options, _store, _validator),
       _permits(static_cast<std::ptrdiff_t>(
           std::clamp<std::size_t>(_options.limits.threads, 1, maxPermits))),
@@ -98,11 +103,14 @@ SandboxServer::SandboxServer(SandboxOptions options)
   _router->set_keep_alive_timeout(_options.limits.idleTimeout.count());
   _router->set_error_handler(httplib::Server::HandlerWithResponse(
       [this](const httplib::Request& request, httplib::Response& response) {
-        if (response.has_header(exchangeHeader)) return httplib::Server::HandlerResponse::Unhandled;
+        if (response.has_header(exchangeHeader) || !response.body.empty()) {
+          return httplib::Server::HandlerResponse::Unhandled;
+        }
         const bool notFound = response.status == 404;
         const auto answer = Answer::error(
             response.status, notFound ? StatusResource::requestNotFound : "request_failed",
-            notFound ? "no exchange at " + request.method + " " + printable(request.path, 200)
+            notFound ? "no exchange at " + request.method + " " +
+                           platform::printableExcerpt(request.path, 200)
                      : "status " + std::to_string(response.status));
         log(request.method + " " + request.path + " " + std::to_string(answer.status) + " " +
             answer.note + stampRequestId(response));
@@ -122,6 +130,12 @@ SandboxServer::SandboxServer(SandboxOptions options)
     log(request.path + " 500 " + answer.note + stampRequestId(response));
     setAnswer(response, answer, "failure");
   });
+
+  if (_options.dashboard) {
+    _dashboard =
+        std::make_unique<Dashboard>(*_router, _store, _validator, _exchangeLog, _permits, _stop,
+                                    std::min(longestPoll, _options.limits.requestTimeout));
+  }
 
   _listener = std::make_unique<TlsListener>(
       _options, _served.certificate, _served.privateKey, _stop,
@@ -155,6 +169,7 @@ HandshakeCounts SandboxServer::handshakes() const { return handshakeCounts(_list
 
 void SandboxServer::stop() {
   _stop.raise();
+  _exchangeLog.close();
   // Requests waiting for their turn go on, to answer that the sandbox stops.
   _permits.release(static_cast<std::ptrdiff_t>(
       std::min<std::size_t>(_options.limits.maxConnections, maxPermits)));
@@ -163,6 +178,15 @@ void SandboxServer::stop() {
 
 std::string SandboxServer::url() const {
   return "https://" + _options.hostName + ":" + std::to_string(_port);
+}
+
+std::string SandboxServer::dashboardUrl() const {
+  const std::string& address = _options.bindAddress;
+  const bool any = address == "0.0.0.0" || address == "::";
+  const std::string host = any                                      ? std::string("127.0.0.1")
+                           : address.find(':') != std::string::npos ? "[" + address + "]"
+                                                                    : address;
+  return "https://" + host + ":" + std::to_string(_port) + "/";
 }
 
 std::string SandboxServer::resolve() const {
@@ -177,7 +201,7 @@ std::string SandboxServer::clientOptions() const {
 void SandboxServer::log(const std::string& line) {
   if (!_options.log) return;
   // Whatever a client sent stays on one line of printable text.
-  const std::string shown = printable(line, logLineLimit);
+  const std::string shown = platform::printableExcerpt(line, logLineLimit);
   const std::lock_guard lock(_logMutex);
   _options.log(shown);
 }
@@ -192,6 +216,7 @@ void SandboxServer::serveConnection(TlsStream& stream) {
 void SandboxServer::route(Exchange exchange, const httplib::Request& request,
                           httplib::Response& response, const httplib::ContentReader& content) {
   const auto& limits = _options.limits;
+  const auto began = Clock::now();
   Answer answer;
   if (const auto body = readBody(
           request, content,
@@ -202,6 +227,13 @@ void SandboxServer::route(Exchange exchange, const httplib::Request& request,
   log(std::string(exchangeName(exchange)) + " " +
       (answered ? std::to_string(answer.status) : std::string("no answer")) + " " + answer.note +
       stampRequestId(response));
+  _exchangeLog.add(
+      {.exchange = exchange,
+       .status = answered ? std::optional(answer.status) : std::nullopt,
+       .milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - began).count(),
+       .fault = answer.fault,
+       .document = answer.body,
+       .note = answer.note});
   TlsStream& stream = TlsStream::of(request);
   if (answer.drop) stream.drop();
   if (answer.stall) stream.holdUntilHangUp();

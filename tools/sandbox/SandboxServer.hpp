@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DatasetValidator.hpp"
+#include "ExchangeLog.hpp"
 #include "HandshakeCounts.hpp"
 #include "PrivateDirectory.hpp"
 #include "SandboxExchanges.hpp"
@@ -27,6 +28,7 @@ namespace tavrin::sandbox {
 class TlsListener;
 class TlsStream;
 class HttpRouter;
+class Dashboard;
 
 // A local stand-in for the scoring service: the three exchanges over HTTPS
 // on a loopback port, every upload validated and stored, and scripted faults.
@@ -58,6 +60,11 @@ class SandboxServer {
   // The line that tells a client how to reach the sandbox, as options of
   // `tavrin collect`: "--url URL --resolve HOST:PORT:ADDRESS --ca-file PEM".
   std::string clientOptions() const;
+
+  // The page that shows the uploads and exchanges, when it is served, at the
+  // bound address (which the certificate names too), for a browser that
+  // does not resolve the host name here.
+  std::string dashboardUrl() const;
 
   SandboxStore& store() { return _store; }
   ExchangeCounts counts() const { return _exchanges.counts(); }
@@ -92,6 +99,8 @@ class SandboxServer {
   // One permit per request processed at once; stop() hands out the rest.
   std::counting_semaphore<> _permits;
   std::unique_ptr<HttpRouter> _router;
+  ExchangeLog _exchangeLog;
+  std::unique_ptr<Dashboard> _dashboard;
   std::unique_ptr<TlsListener> _listener;
   int _port = 0;
   std::mutex _logMutex;

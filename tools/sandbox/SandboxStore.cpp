@@ -218,14 +218,26 @@ std::optional<std::int64_t> SandboxStore::insert(std::string_view recordNumber,
 
 std::optional<StoredUpload> SandboxStore::find(std::string_view recordNumber) const {
   const std::lock_guard lock(_mutex);
-  sqlite3* db = _db.get();
-  const auto query = prepare(db, "SELECT " + std::string(uploadColumns) +
-                                     ", payload FROM uploads WHERE record_number = ? "
-                                     "ORDER BY accepted DESC, id DESC LIMIT 1");
+  const auto query = prepare(_db.get(), "SELECT " + std::string(uploadColumns) +
+                                            ", payload FROM uploads WHERE record_number = ? "
+                                            "ORDER BY accepted DESC, id DESC LIMIT 1");
   bind(query.get(), 1, recordNumber);
-  if (!step(db, query.get(), "cannot read the upload")) return std::nullopt;
-  StoredUpload upload = readUpload(query.get());
-  upload.payload = column(query.get(), 8);
+  return readWhole(query.get());
+}
+
+std::optional<StoredUpload> SandboxStore::upload(std::int64_t id) const {
+  const std::lock_guard lock(_mutex);
+  const auto query = prepare(
+      _db.get(), "SELECT " + std::string(uploadColumns) + ", payload FROM uploads WHERE id = ?");
+  sqlite3_bind_int64(query.get(), 1, id);
+  return readWhole(query.get());
+}
+
+std::optional<StoredUpload> SandboxStore::readWhole(sqlite3_stmt* query) const {
+  sqlite3* db = _db.get();
+  if (!step(db, query, "cannot read the upload")) return std::nullopt;
+  StoredUpload upload = readUpload(query);
+  upload.payload = column(query, 8);
   const auto sections =
       prepare(db, "SELECT name, entries, note FROM sections WHERE upload_id = ? ORDER BY position");
   sqlite3_bind_int64(sections.get(), 1, upload.id);

@@ -14,6 +14,7 @@
 #include <vector>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace tavrin::sandbox {
 
@@ -80,12 +81,19 @@ class SandboxStore {
   // The accepted upload of a record number, else its latest refused one.
   std::optional<StoredUpload> find(std::string_view recordNumber) const;
 
+  // The upload with this id, with its payload and section counts.
+  std::optional<StoredUpload> upload(std::int64_t id) const;
+
   // Every upload, oldest first, without payloads.
   std::vector<StoredUpload> list() const;
 
  private:
   std::optional<std::int64_t> insert(std::string_view recordNumber, std::string_view payload,
                                      const DecodedPayload& decoded);
+
+  // The upload of the query's row (its columns, then the payload) with its
+  // section counts; the caller holds the lock.
+  std::optional<StoredUpload> readWhole(sqlite3_stmt* query) const;
 
   // SQLite's busy handler: waits for a lock in short naps.
   static int waitForLock(void* store, int attempt);

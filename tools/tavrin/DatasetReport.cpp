@@ -1,6 +1,6 @@
 #include "DatasetReport.hpp"
 
-#include "PrintableText.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <cstdio>
 
@@ -12,13 +12,14 @@ void printDatasetReport(const sandbox::DecodedPayload& decoded) {
   if (!decoded.sections.empty()) {
     std::printf("%-20s %9s  %s\n", "section", "entries", "note");
     for (const auto& section : decoded.sections) {
-      std::printf("%-20s %9zu  %s\n", sandbox::printable(section.name, 40).c_str(), section.entries,
-                  section.note.c_str());
+      std::printf("%-20s %9zu  %s\n", platform::printableExcerpt(section.name, 40).c_str(),
+                  section.entries, section.note.c_str());
     }
   }
-  std::printf("verdict: %s\n", decoded.valid()
-                                   ? "valid"
-                                   : ("invalid: " + sandbox::printable(*decoded.problem)).c_str());
+  std::printf("verdict: %s\n",
+              decoded.valid()
+                  ? "valid"
+                  : ("invalid: " + platform::printableExcerpt(*decoded.problem, 1024)).c_str());
 }
 
 }  // namespace tavrin::tool

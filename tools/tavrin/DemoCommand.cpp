@@ -10,6 +10,8 @@
 #include <tavrin/error.hpp>
 #include <tavrin/service.hpp>
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <iostream>
 #include <memory>
@@ -21,6 +23,7 @@ namespace {
 struct DemoArguments {
   std::string record = "demo-1";
   std::string database = ":memory:";
+  bool noWait = false;
 };
 
 constexpr const char* demoKey = "demo-key";
@@ -41,6 +44,19 @@ bool showUpload(sandbox::SandboxServer& sandbox, const std::string& record) {
   printDatasetReport(decoded);
   std::fflush(stdout);
   return decoded.valid();
+}
+
+// On a terminal, points to the dashboard and keeps the sandbox up until Enter.
+void offerDashboard(const sandbox::SandboxServer& sandbox, const DemoArguments& arguments) {
+  if (arguments.noWait || isatty(STDIN_FILENO) == 0) return;
+  std::printf(
+      "\nThe sandbox's dashboard shows this upload section by section: %s\n"
+      "(your browser warns first: the sandbox's CA, %s, is not one it trusts)\n"
+      "Press Enter to stop the sandbox.\n",
+      sandbox.dashboardUrl().c_str(), sandbox.tlsFiles().authority.c_str());
+  std::fflush(stdout);
+  std::string line;
+  std::getline(std::cin, line);
 }
 
 int runDemo(const DemoArguments& arguments) {
@@ -74,11 +90,14 @@ int runDemo(const DemoArguments& arguments) {
       // A refused upload is still kept by the sandbox, with the reason.
       progress->finish();
       showUpload(sandbox, arguments.record);
+      offerDashboard(sandbox, arguments);
       throw;
     }
     progress->finish();
     std::printf("\nThe server answered: %s\n\n", escapeControls(answer).c_str());
-    return showUpload(sandbox, arguments.record) ? ExitCode::success : ExitCode::otherFailure;
+    const bool valid = showUpload(sandbox, arguments.record);
+    offerDashboard(sandbox, arguments);
+    return valid ? ExitCode::success : ExitCode::otherFailure;
   });
 }
 
@@ -96,6 +115,8 @@ Command addDemoCommand(CLI::App& app) {
       ->capture_default_str();
   command->add_option("--db", arguments->database,
                       "Keep the sandbox's uploads in this SQLite file (default: in memory)");
+  command->add_flag("--no-wait", arguments->noWait,
+                    "Stop at once, without pointing to the dashboard and waiting for Enter");
   return {command, [arguments] { return runDemo(*arguments); }};
 }
 

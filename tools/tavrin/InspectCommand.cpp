@@ -3,8 +3,8 @@
 #include "BoundedJson.hpp"
 #include "DatasetReport.hpp"
 #include "DatasetValidator.hpp"
-#include "PrintableText.hpp"
 #include "SandboxStore.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -25,6 +25,7 @@ struct InspectArguments {
   std::string recordNumber;
   bool json = false;
   std::size_t maxDatasetSize = sandbox::DatasetValidator::defaultMaxJsonSize;
+  std::size_t maxInflationRatio = sandbox::DatasetValidator::defaultMaxInflationRatio;
 };
 
 // Prints the dataset as indented JSON, parsed within the validator's limits;
@@ -70,15 +71,18 @@ int listUploads(const sandbox::SandboxStore& store) {
               "verdict");
   for (const auto& upload : store.list()) {
     std::printf("%6lld  %-24s  %-24s  %10zu  %s\n", static_cast<long long>(upload.id),
-                upload.receivedAt.c_str(), sandbox::printable(upload.recordNumber, 64).c_str(),
+                upload.receivedAt.c_str(),
+                platform::printableExcerpt(upload.recordNumber, 64).c_str(),
                 upload.decoded.jsonSize,
-                sandbox::printable(upload.decoded.problem.value_or("valid")).c_str());
+                platform::printableExcerpt(upload.decoded.problem.value_or("valid"), 1024).c_str());
   }
   return 0;
 }
 
 int runInspect(const InspectArguments& arguments) {
-  const sandbox::DatasetValidator validator(arguments.maxDatasetSize);
+  const sandbox::DatasetValidator validator(arguments.maxDatasetSize,
+                                            sandbox::DatasetValidator::defaultMaxJsonValues,
+                                            arguments.maxInflationRatio);
   sandbox::DecodedPayload decoded;
   try {
     if (!arguments.database.empty()) {
@@ -86,13 +90,14 @@ int runInspect(const InspectArguments& arguments) {
       if (arguments.recordNumber.empty()) return listUploads(store);
       auto upload = store.find(arguments.recordNumber);
       if (!upload) {
-        std::cerr << "error: no upload for record " << sandbox::printable(arguments.recordNumber)
-                  << " in " << sandbox::printable(arguments.database) << '\n';
+        std::cerr << "error: no upload for record "
+                  << platform::printableExcerpt(arguments.recordNumber, 64) << " in "
+                  << platform::printableExcerpt(arguments.database, 1024) << '\n';
         return 2;
       }
       if (!arguments.json) {
         std::printf("record %s: upload %lld received %s, %s\n",
-                    sandbox::printable(upload->recordNumber, 64).c_str(),
+                    platform::printableExcerpt(upload->recordNumber, 64).c_str(),
                     static_cast<long long>(upload->id), upload->receivedAt.c_str(),
                     upload->accepted ? "accepted" : "refused");
       }
@@ -103,7 +108,7 @@ int runInspect(const InspectArguments& arguments) {
       decoded = validator.decode(readPayload(arguments.payloadFile));
     }
   } catch (const std::exception& error) {
-    std::cerr << "error: " << sandbox::printable(error.what()) << '\n';
+    std::cerr << "error: " << platform::printableExcerpt(error.what(), 1024) << '\n';
     return 2;
   }
   if (arguments.json) {
@@ -138,6 +143,10 @@ Command addInspectCommand(CLI::App& app) {
   command
       ->add_option("--max-dataset", arguments->maxDatasetSize, "Largest inflated dataset in bytes")
       ->check(CLI::Range(std::size_t{1}, std::size_t{16} << 30));
+  command
+      ->add_option("--max-inflation-ratio", arguments->maxInflationRatio,
+                   "Most times its DEFLATE bytes a dataset may inflate to, beyond 1 MiB")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 30));
   return {command, [arguments] { return runInspect(*arguments); }};
 }
 

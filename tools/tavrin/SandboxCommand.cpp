@@ -1,6 +1,7 @@
 #include "Commands.hpp"
 
 #include "SandboxServer.hpp"
+#include "platform/profile/printableExcerpt.hpp"
 
 #include <csignal>
 #include <cstring>
@@ -21,6 +22,7 @@ struct SandboxArguments {
   long busyTimeout = 2000;
   std::string tlsCertificate, tlsKey, caFile, certificateDirectory;
   std::vector<std::string> keys, faults;
+  bool noUi = false;
 };
 
 // An option whose default is shown and whose value is bounded, so that no
@@ -45,7 +47,7 @@ int runSandbox(SandboxArguments& arguments) {
       options.faults.push_back(sandbox::parseFaultRule(fault));
     }
   } catch (const std::invalid_argument& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    std::cerr << "error: " << platform::printableExcerpt(error.what(), 1024) << '\n';
     return 2;
   }
   if (!arguments.keys.empty()) options.authKeys = arguments.keys;
@@ -55,6 +57,7 @@ int runSandbox(SandboxArguments& arguments) {
   options.limits.idleTimeout = std::chrono::seconds(arguments.idleTimeout);
   options.limits.busyTimeout = std::chrono::milliseconds(arguments.busyTimeout);
   options.certificateDirectory = arguments.certificateDirectory;
+  options.dashboard = !arguments.noUi;
   if (!arguments.tlsCertificate.empty()) {
     options.tlsFiles =
         sandbox::TlsFiles{arguments.tlsCertificate, arguments.tlsKey, arguments.caFile};
@@ -71,11 +74,14 @@ int runSandbox(SandboxArguments& arguments) {
   try {
     server = std::make_unique<sandbox::SandboxServer>(options);
   } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    // The messages name the database's path and the files given, as typed.
+    std::cerr << "error: " << platform::printableExcerpt(error.what(), 1024) << '\n';
     return 1;
   }
   server->start();
   std::cout << "sandbox ready: " << server->clientOptions() << std::endl;
+  if (options.dashboard)
+    std::cerr << "sandbox: dashboard at " << server->dashboardUrl() << std::endl;
   int received = 0;
   sigwait(&signals, &received);
   server->stop();
@@ -128,6 +134,9 @@ Command addSandboxCommand(CLI::App& app) {
           "Largest upload body in bytes, chunked or not (413 above)", std::size_t{1}, 4 * gib);
   bounded(command, "--max-dataset", limits.maxDataset, "Largest inflated dataset in bytes",
           std::size_t{1}, 16 * gib);
+  bounded(command, "--max-inflation-ratio", limits.maxInflationRatio,
+          "Most times its DEFLATE bytes a dataset may inflate to, beyond 1 MiB", std::size_t{1},
+          gib);
   bounded(command, "--max-json-values", limits.maxDatasetValues,
           "Most values a dataset's JSON may hold", std::size_t{1}, gib);
   bounded(command, "--request-timeout", arguments->requestTimeout,
@@ -148,6 +157,8 @@ Command addSandboxCommand(CLI::App& app) {
   bounded(command, "--max-db-size", limits.maxDatabaseSize,
           "Largest size of the database in bytes; 0: no limit (507 beyond)", std::uint64_t{0},
           std::uint64_t{1} << 50);
+  command->add_flag("--no-ui", arguments->noUi,
+                    "Serve no dashboard (the page at / and the API under /api/)");
   // Hidden: brings back the delay of Nagle's algorithm, for measuring it.
   command->add_flag_callback("--tcp-delay", [&options] { options.tcpNoDelay = false; })->group("");
   command->add_option("--fault", arguments->faults,
