@@ -27,6 +27,9 @@ std::shared_ptr<platform::Platform> realisticPhone() {
 
 class SandboxCollection : public testing::Test {
  protected:
+  // The sandbox's threads log until it stops: stop it while its log is still there.
+  ~SandboxCollection() override { server.reset(); }
+
   void start(void (*change)(sandbox::SandboxOptions&) = nullptr) {
     sandbox::SandboxOptions options;
     if (change) change(options);

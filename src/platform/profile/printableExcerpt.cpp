@@ -2,7 +2,6 @@
 
 #include <unicode/utf8.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -17,8 +16,9 @@ std::string printableExcerpt(std::string_view text, std::size_t limit) {
   };
   char escape[16];
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  // Every byte read gives at least one byte out: the rest cannot fit.
-  const auto length = static_cast<std::int32_t>(std::min(text.size(), limit + 1));
+  // Every byte read gives at least one byte out: the rest cannot fit. (Written
+  // so that a limit of SIZE_MAX, "no limit", does not wrap to zero.)
+  const auto length = static_cast<std::int32_t>(text.size() > limit ? limit + 1 : text.size());
   for (std::int32_t at = 0; at < length;) {
     const std::int32_t start = at;
     UChar32 code = 0;
