@@ -12,6 +12,8 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev rapidjson-dev libdeflate-dev
   gzip xz-utils openssl ca-certificates python3 python3-jsonschema abigail-tools
   libebook1.2-dev evolution-data-server dbus-daemon
+  libexiv2-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-good libmm-glib-dev
+  mobile-broadband-provider-info gsettings-desktop-schemas python3-dbusmock
   "$@"
 )
 

@@ -113,11 +113,18 @@ TEST(LinuxPlatform, StoresWithoutConsentAreNotRead) {
 #else
   const std::int64_t contacts = AuthorizationStatus::restricted;
 #endif
+#ifdef TAVRIN_WITH_MEDIA
+  const std::int64_t photos = AuthorizationStatus::notDetermined;
+  const std::int64_t photosAnswer = AuthorizationStatus::denied;
+#else
+  const std::int64_t photos = AuthorizationStatus::restricted;
+  const std::int64_t photosAnswer = AuthorizationStatus::restricted;
+#endif
   for (const std::int64_t type : {0, 1, 2, -1}) {
     EXPECT_EQ(platform->contacts().authorizationStatus(type), contacts);
     EXPECT_EQ(platform->events().authorizationStatus(type), AuthorizationStatus::restricted);
   }
-  EXPECT_EQ(platform->photos().authorizationStatus(), AuthorizationStatus::restricted);
+  EXPECT_EQ(platform->photos().authorizationStatus(), photos);
 
   int refusals = 0;
   const AccessHandler refused = [&](bool granted, std::optional<PlatformError> error) {
@@ -128,7 +135,8 @@ TEST(LinuxPlatform, StoresWithoutConsentAreNotRead) {
   std::optional<std::int64_t> status;
   platform->photos().requestAuthorization([&](std::int64_t s) { status = s; });
   EXPECT_EQ(refusals, 2);
-  EXPECT_EQ(status, AuthorizationStatus::restricted);
+  EXPECT_EQ(status, photosAnswer);
+  EXPECT_EQ(platform->photos().authorizationStatus(), photosAnswer);
   EXPECT_NE(platform->contacts().authorizationStatus(0), AuthorizationStatus::authorized);
 }
 

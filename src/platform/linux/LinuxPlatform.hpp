@@ -23,14 +23,17 @@ class LinuxPlatform final : public Platform {
   explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {},
                          const ConsentCallback& consent = {})
       : _device(std::move(applicationIdentifier), files),
-        _contacts(makeLinuxContactStore(consent)) {}
+        _contacts(makeLinuxContactStore(consent)),
+        _photos(makeLinuxPhotoLibrary(consent)),
+        _captureDevices(makeLinuxCaptureDeviceSource()),
+        _location(makeLinuxLocationServices()) {}
 
   DeviceInfo& device() override { return _device; }
   ContactStore& contacts() override { return *_contacts; }
   EventStore& events() override { return _events; }
-  PhotoLibrary& photos() override { return _photos; }
-  CaptureDeviceSource& captureDevices() override { return _captureDevices; }
-  LocationServices& location() override { return _location; }
+  PhotoLibrary& photos() override { return *_photos; }
+  CaptureDeviceSource& captureDevices() override { return *_captureDevices; }
+  LocationServices& location() override { return *_location; }
   Clock& clock() override { return _clock; }
   RandomSource& random() override { return _random; }
 
@@ -38,9 +41,9 @@ class LinuxPlatform final : public Platform {
   LinuxDeviceInfo _device;
   std::unique_ptr<ContactStore> _contacts;
   LinuxEventStore _events;
-  LinuxPhotoLibrary _photos;
-  LinuxCaptureDeviceSource _captureDevices;
-  LinuxLocationServices _location;
+  std::unique_ptr<PhotoLibrary> _photos;
+  std::unique_ptr<CaptureDeviceSource> _captureDevices;
+  std::unique_ptr<LocationServices> _location;
   SystemClock _clock;
   SystemRandomSource _random;
 };
