@@ -1,9 +1,27 @@
 #include "platform/linux/LinuxPlatform.hpp"
 
+#include "platform/linux/hostApplication.hpp"
+#include "platform/linux/userDirectories.hpp"
+
 namespace tavrin::platform {
 
+LinuxPlatform::LinuxPlatform(const std::string& applicationIdentifier,
+                             const LinuxSystemFiles& files, ConsentCallback consent)
+    : _device(applicationIdentifier, files) {
+  const auto host = std::make_shared<HostConsent>(
+      std::move(consent),
+      HostConsent::fileFor(stateHome(), hostApplication(applicationIdentifier)));
+  _contacts = makeLinuxContactStore(host);
+}
+
 std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier) {
-  return std::make_shared<LinuxPlatform>(std::move(applicationIdentifier));
+  return std::make_shared<LinuxPlatform>(applicationIdentifier);
+}
+
+std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier,
+                                            ConsentCallback consent) {
+  return std::make_shared<LinuxPlatform>(applicationIdentifier, LinuxSystemFiles{},
+                                         std::move(consent));
 }
 
 }  // namespace tavrin::platform
