@@ -110,7 +110,8 @@ std::int64_t readAsTheSourcesDo(platform::PhotoLibrary& library) {
 
 std::unique_ptr<platform::PhotoLibrary> makeLibrary() {
   auto library = std::make_unique<platform::FolderPhotoLibrary>(
-      platform::StoreConsent("photos", [](const std::string&) { return true; }),
+      platform::StoreConsent("photos", std::make_shared<platform::HostConsent>(
+                                           [](const std::string&) { return true; }, fs::path())),
       [] { return std::vector<fs::path>{MediaTree::get().root}; });
   library->requestAuthorization([](std::int64_t) {});
   return library;

@@ -153,5 +153,33 @@ TEST(MediaLibrary, RowsMatchTheProfileOfTheSameFiles) {
   EXPECT_EQ(photoSections(phone).at(2), nlohmann::json::array());
 }
 
+// The folders user-dirs.dirs names, the defaults where it names none or
+// something that is neither below $HOME nor absolute, without the home itself
+// or a folder twice.
+TEST(MediaLibrary, FoldersAreTheUsersPictureAndVideoDirectories) {
+  struct Case {
+    const char* userDirs;
+    std::vector<fs::path> folders;
+  };
+  const fs::path user = "/home/user";
+  const Case cases[] = {
+      {nullptr, {user / "Pictures", user / "Videos"}},
+      {"# written by xdg-user-dirs-update\nXDG_PICTURES_DIR=\"$HOME/Bilder\"\n"
+       "XDG_VIDEOS_DIR=\"/srv/videos/\"\n",
+       {user / "Bilder", "/srv/videos"}},
+      {"XDG_PICTURES_DIR=\"$HOME/\"\nXDG_VIDEOS_DIR=\"$HOME/Media\"\n", {user / "Media"}},
+      {"XDG_PICTURES_DIR=\"$HOME/Media\"\nXDG_VIDEOS_DIR=\"$HOME/./Media\"\n", {user / "Media"}},
+      {"XDG_PICTURES_DIR=\"Photos\"\nXDG_VIDEOS_DIR=$HOME/Films\n",
+       {user / "Pictures", user / "Videos"}},
+  };
+  for (const Case& c : cases) {
+    const fs::path config = home / "config-case";
+    fs::remove_all(config);
+    fs::create_directories(config);
+    if (c.userDirs != nullptr) std::ofstream(config / "user-dirs.dirs") << c.userDirs;
+    EXPECT_EQ(platform::mediaFolders(user, config), c.folders) << (c.userDirs ? c.userDirs : "");
+  }
+}
+
 }  // namespace
 }  // namespace tavrin

@@ -130,8 +130,8 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
 
 }  // namespace
 
-std::unique_ptr<ContactStore> makeLinuxContactStore(const ConsentCallback& consent) {
-  return std::make_unique<EdsContactStore>(StoreConsent("contacts", consent));
+std::unique_ptr<ContactStore> makeLinuxContactStore(std::shared_ptr<HostConsent> consent) {
+  return std::make_unique<EdsContactStore>(StoreConsent("contacts", std::move(consent)));
 }
 
 }  // namespace tavrin::platform

@@ -20,7 +20,7 @@ class RestrictedContactStore final : public RestrictedStore<ContactStore> {
 
 }  // namespace
 
-std::unique_ptr<ContactStore> makeLinuxContactStore(const ConsentCallback&) {
+std::unique_ptr<ContactStore> makeLinuxContactStore(std::shared_ptr<HostConsent>) {
   return std::make_unique<RestrictedContactStore>();
 }
 

@@ -11,6 +11,6 @@ namespace tavrin::platform {
 // The address book of the Linux machine: Evolution Data Server's address books
 // when the library is built with its client, else a restricted store that holds
 // nothing. The host's `consent` decides access to the former.
-std::unique_ptr<ContactStore> makeLinuxContactStore(const ConsentCallback& consent);
+std::unique_ptr<ContactStore> makeLinuxContactStore(std::shared_ptr<HostConsent> consent);
 
 }  // namespace tavrin::platform

@@ -6,6 +6,7 @@
 #include "platform/linux/LinuxEventStore.hpp"
 #include "platform/linux/LinuxLocationServices.hpp"
 #include "platform/linux/LinuxPhotoLibrary.hpp"
+#include "platform/linux/StoreConsent.hpp"
 #include "platform/linux/SystemClock.hpp"
 #include "platform/linux/SystemRandomSource.hpp"
 
@@ -16,17 +17,13 @@
 namespace tavrin::platform {
 
 // The Linux machine the library runs on: its real device facts, the stores the
-// build can read (access to them decided by the host's `consent`), and the
+// build can read (access to them decided by the host's `consent`, whose answers
+// are kept in the application's consent file under the state home), and the
 // personal data stores it does not have reported as restricted.
 class LinuxPlatform final : public Platform {
  public:
-  explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {},
-                         const ConsentCallback& consent = {})
-      : _device(std::move(applicationIdentifier), files),
-        _contacts(makeLinuxContactStore(consent)),
-        _photos(makeLinuxPhotoLibrary(consent)),
-        _captureDevices(makeLinuxCaptureDeviceSource()),
-        _location(makeLinuxLocationServices()) {}
+  explicit LinuxPlatform(const std::string& applicationIdentifier,
+                         const LinuxSystemFiles& files = {}, ConsentCallback consent = {});
 
   DeviceInfo& device() override { return _device; }
   ContactStore& contacts() override { return *_contacts; }

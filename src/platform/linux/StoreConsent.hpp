@@ -1,33 +1,31 @@
 #pragma once
 
+#include "platform/linux/HostConsent.hpp"
+
 #include <tavrin/platform/AccessHandler.hpp>
 
 #include <cstdint>
-#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 
 namespace tavrin::platform {
 
-// The host's answer to "may this application read the store named ...?".
-using ConsentCallback = std::function<bool(const std::string& store)>;
-
-// Whether the host application may read one store the system leaves to it.
-// Linux has no system prompt for the address book, the calendars or the
-// photos, so the host decides through its consent callback; without one the
-// answer is no. The status is not determined until the question is asked.
+// The host's consent for one of its stores, shared with the platform's other stores.
 class StoreConsent {
  public:
-  StoreConsent(std::string store, ConsentCallback callback)
-      : _store(std::move(store)), _callback(std::move(callback)) {}
+  StoreConsent(std::string store, std::shared_ptr<HostConsent> host)
+      : _store(std::move(store)), _host(std::move(host)) {}
 
-  std::int64_t status() const { return _status; }
-  // Asks the callback once, on the calling thread, and keeps its answer.
-  void request(const AccessHandler& handler);
+  std::int64_t status() const { return _host->status(_store); }
+  // Asks the host unless the store is decided, and answers on the calling thread.
+  void request(const AccessHandler& handler) const {
+    handler(_host->request(_store) == AuthorizationStatus::authorized, std::nullopt);
+  }
 
  private:
   std::string _store;
-  ConsentCallback _callback;
-  std::int64_t _status = AuthorizationStatus::notDetermined;
+  std::shared_ptr<HostConsent> _host;
 };
 
 // The access answers of a store whose reading the host consents to.

@@ -1,12 +1,12 @@
 #include "platform/linux/mediaFolders.hpp"
 
 #include "platform/linux/readTextFile.hpp"
+#include "platform/linux/userDirectories.hpp"
 
 #include <tavrin/platform/PhotoLibrary.hpp>
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
+#include <cctype>
 #include <map>
 #include <sstream>
 

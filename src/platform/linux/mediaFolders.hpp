@@ -15,7 +15,7 @@ namespace tavrin::platform {
 std::vector<std::filesystem::path> mediaFolders(const std::filesystem::path& home,
                                                 const std::filesystem::path& configHome);
 
-// The same for the running user: $HOME and $XDG_CONFIG_HOME (default ~/.config).
+// The same for the running user's home and configuration folders.
 std::vector<std::filesystem::path> userMediaFolders();
 
 // The media type (MediaType) a file's extension says it holds, or absent for a
