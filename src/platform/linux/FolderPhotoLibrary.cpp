@@ -158,8 +158,8 @@ bool FolderPhotoLibrary::scan() {
   return true;
 }
 
-std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(std::shared_ptr<HostConsent> consent) {
-  return std::make_unique<FolderPhotoLibrary>(StoreConsent("photos", std::move(consent)));
+std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(const std::shared_ptr<HostConsent>& consent) {
+  return std::make_unique<FolderPhotoLibrary>(StoreConsent("photos", consent));
 }
 
 }  // namespace tavrin::platform

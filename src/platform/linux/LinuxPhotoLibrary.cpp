@@ -20,7 +20,7 @@ class RestrictedPhotoLibrary final : public PhotoLibrary {
 
 }  // namespace
 
-std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(std::shared_ptr<HostConsent>) {
+std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(const std::shared_ptr<HostConsent>&) {
   return std::make_unique<RestrictedPhotoLibrary>();
 }
 

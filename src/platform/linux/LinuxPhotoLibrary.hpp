@@ -12,6 +12,6 @@ namespace tavrin::platform {
 // user's media folders when the library is built with its media readers, else
 // a restricted library that holds nothing. The host's `consent` decides access
 // to the former.
-std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(std::shared_ptr<HostConsent> consent);
+std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(const std::shared_ptr<HostConsent>& consent);
 
 }  // namespace tavrin::platform

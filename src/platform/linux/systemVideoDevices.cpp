@@ -49,6 +49,7 @@ class DeviceNodes final : public VideoDevices {
     }
     std::sort(found.begin(), found.end());
     std::vector<std::string> paths;
+    paths.reserve(found.size());
     for (auto& [number, path] : found) paths.push_back(std::move(path));
     return paths;
   }
