@@ -110,23 +110,32 @@ void makeLibrary() {
          memo);
   touch(memo, 1624000000);
   std::ofstream(home / "Pictures/Holiday/notes.txt") << "not a picture";
+  // Damaged files are listed with the facts the file system gives: a JPEG
+  // whose Exif block ends early, and a video of that text.
+  static constexpr char damagedBytes[] =
+      "\xFF\xD8\xFF\xE1\x7F\xFF"
+      "Exif\0\0MM\0*\0\0\0\x08\xFF\xFF";
+  for (const char* damaged : {"Pictures/broken.jpg", "Videos/broken.mkv"}) {
+    std::ofstream(home / damaged, std::ios::binary).write(damagedBytes, sizeof damagedBytes - 1);
+    touch(home / damaged, 1500000000);
+  }
 }
 
 // The profile, its identifiers (paths below the home directory) turned into
-// those the library gives the same files.
+// those the library gives the same files and folders.
 std::shared_ptr<platform::Platform> profileOfTheSameFiles() {
-  std::ifstream file(TAVRIN_TEST_DATA_DIR "/profiles/linux-media-library.json");
-  std::string text((std::istreambuf_iterator<char>(file)), {});
-  for (const char* path :
-       {"Pictures/Holiday/beach.jpg", "Pictures/.screenshot.png", "Videos/Holiday/clip.mkv",
-        "Videos/memo.wav", "Pictures/Holiday", "Videos/Holiday"}) {
-    const std::string quoted = std::string("\"") + path + "\"";
-    for (auto at = text.find(quoted); at != std::string::npos; at = text.find(quoted)) {
-      text.replace(at, quoted.size(), "\"" + platform::mediaIdentifier(home / path) + "\"");
-    }
+  auto profile = nlohmann::json::parse(
+      std::ifstream(TAVRIN_TEST_DATA_DIR "/profiles/linux-media-library.json"));
+  const auto identify = [](nlohmann::json& path) {
+    path = platform::mediaIdentifier(home / path.get<std::string>());
+  };
+  for (auto& asset : profile["photos"]["assets"]) identify(asset["localIdentifier"]);
+  for (auto& album : profile["photos"]["collections"]) {
+    identify(album["localIdentifier"]);
+    for (auto& asset : album["assetIdentifiers"]) identify(asset);
   }
   const fs::path copy = home / "profile.json";
-  std::ofstream(copy) << text;
+  std::ofstream(copy) << profile;
   return platform::loadDeviceProfile(copy);
 }
 
