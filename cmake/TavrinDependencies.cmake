@@ -21,6 +21,14 @@ option(TAVRIN_WITH_EDS "Read the Linux address book from Evolution Data Server" 
 if(TAVRIN_WITH_EDS AND NOT EDS_FOUND)
   message(FATAL_ERROR "TAVRIN_WITH_EDS needs libebook-1.2 (Debian: libebook1.2-dev)")
 endif()
+if(NOT DEFINED TAVRIN_WITH_ECAL OR TAVRIN_WITH_ECAL)
+  pkg_check_modules(ECAL QUIET IMPORTED_TARGET libecal-2.0)
+endif()
+option(TAVRIN_WITH_ECAL "Read the Linux calendars and task lists from Evolution Data Server"
+  ${ECAL_FOUND})
+if(TAVRIN_WITH_ECAL AND NOT ECAL_FOUND)
+  message(FATAL_ERROR "TAVRIN_WITH_ECAL needs libecal-2.0 (Debian: libecal2.0-dev)")
+endif()
 # What the static library's users link besides, for the optional stores built:
 # the CMake package's pkg-config modules, the pkg-config file's flags and the
 # development package's dependencies.
@@ -31,6 +39,11 @@ if(TAVRIN_WITH_EDS)
   list(APPEND tavrin_optional_pkg_modules EDS:libebook-1.2)
   list(APPEND tavrin_optional_libs ${EDS_LDFLAGS})
   string(APPEND tavrin_optional_dev_packages ", libebook1.2-dev")
+endif()
+if(TAVRIN_WITH_ECAL)
+  list(APPEND tavrin_optional_pkg_modules ECAL:libecal-2.0)
+  list(APPEND tavrin_optional_libs ${ECAL_LDFLAGS})
+  string(APPEND tavrin_optional_dev_packages ", libecal2.0-dev")
 endif()
 list(REMOVE_DUPLICATES tavrin_optional_libs)
 list(JOIN tavrin_optional_pkg_modules " " tavrin_optional_pkg_modules)

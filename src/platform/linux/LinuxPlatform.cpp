@@ -12,6 +12,7 @@ LinuxPlatform::LinuxPlatform(const std::string& applicationIdentifier,
       std::move(consent),
       HostConsent::fileFor(stateHome(), hostApplication(applicationIdentifier)));
   _contacts = makeLinuxContactStore(host);
+  _events = makeLinuxEventStore(host);
 }
 
 std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier) {

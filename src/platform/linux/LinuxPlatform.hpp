@@ -27,7 +27,7 @@ class LinuxPlatform final : public Platform {
 
   DeviceInfo& device() override { return _device; }
   ContactStore& contacts() override { return *_contacts; }
-  EventStore& events() override { return _events; }
+  EventStore& events() override { return *_events; }
   PhotoLibrary& photos() override { return _photos; }
   CaptureDeviceSource& captureDevices() override { return _captureDevices; }
   LocationServices& location() override { return _location; }
@@ -37,7 +37,7 @@ class LinuxPlatform final : public Platform {
  private:
   LinuxDeviceInfo _device;
   std::unique_ptr<ContactStore> _contacts;
-  LinuxEventStore _events;
+  std::unique_ptr<EventStore> _events;
   LinuxPhotoLibrary _photos;
   LinuxCaptureDeviceSource _captureDevices;
   LinuxLocationServices _location;
