@@ -60,6 +60,13 @@ std::string item(const std::string& kind, const std::string& lines) {
   return "BEGIN:" + kind + "\r\n" + lines + "CREATED:" + utc(base - 10 * day) +
          "\r\nLAST-MODIFIED:" + utc(base - 5 * day) + "\r\nEND:" + kind + "\r\n";
 }
+// The wall-clock start of the weekly series' last occurrence, which the user moves by two hours.
+const std::int64_t lastWeekly = base + 40 * day + 9 * hour + 39 * 7 * day;
+const std::string movedWeekly =
+    item("VEVENT", "UID:weekly\r\nRECURRENCE-ID;TZID=Europe/Berlin:" + wall(lastWeekly) +
+                       "\r\nDTSTART;TZID=Europe/Berlin:" + wall(lastWeekly + 2 * hour) +
+                       "\r\nDTEND;TZID=Europe/Berlin:" + wall(lastWeekly + 3 * hour) + "\r\n");
+
 const std::string alarm = "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER:-PT15M\r\nEND:VALARM\r\n";
 
 std::vector<std::string> eventItems() {
@@ -103,7 +110,8 @@ std::vector<std::string> taskItems() {
 }
 
 // The same calendars, events and tasks, as a device profile describes them.
-json profile() {
+// `movedModified`: when EDS says the moved occurrence last changed.
+json profile(std::int64_t movedModified) {
   const auto calendar = [](const char* id, bool immutable, int type, const char* account,
                            int accountType, int availabilities) {
     return json{{"calendarIdentifier", id},
@@ -152,7 +160,14 @@ json profile() {
   const std::int64_t weeklyStart = inBerlin(base + 40 * day + 9 * hour);
   json weekly = event("weekly", weeklyStart, weeklyStart + hour);
   weekly.update(
-      {{"timeZone", "Europe/Berlin"}, {"recurrence", {{"frequency", "weekly"}, {"count", 40}}}});
+      {{"timeZone", "Europe/Berlin"}, {"recurrence", {{"frequency", "weekly"}, {"count", 39}}}});
+  const std::int64_t movedStart = inBerlin(lastWeekly + 2 * hour);
+  json moved = event("weekly", movedStart, movedStart + hour);
+  moved.update({{"timeZone", "Europe/Berlin"},
+                {"occurrenceDate", inBerlin(lastWeekly)},
+                {"isDetached", true},
+                {"hasRecurrenceRules", true},
+                {"lastModifiedDate", movedModified}});
   json fortnightly =
       event("fortnightly", base - 1200 * day + 12 * hour, base - 1200 * day + 13 * hour);
   fortnightly.update(
@@ -188,13 +203,16 @@ json profile() {
          {calendar("birthdays", true, 4, "contacts-stub", 5, 3),
           calendar("system-calendar", false, 0, "local-stub", 0, 3)}},
         {"reminders", {calendar("system-task-list", false, 0, "local-stub", 0, 0)}}}},
-      {"events", {meeting, holiday, weekly, fortnightly}},
+      {"events", {meeting, holiday, weekly, moved, fortnightly}},
       {"reminders", {taskA, taskB}},
   };
 }
 
-// Adds the items to a built-in calendar or task list through EDS's own client.
-void addItems(ESource* source, ECalClientSourceType type, const std::vector<std::string>& items) {
+// Adds the items to a built-in calendar or task list through EDS's own client,
+// then applies `change` to the one occurrence it names, and tells when EDS
+// stamped that change (it sets LAST-MODIFIED itself).
+void addItems(ESource* source, ECalClientSourceType type, const std::vector<std::string>& items,
+              const std::string& change = {}, std::int64_t* changedAt = nullptr) {
   GError* raw = nullptr;
   const GObjectRef<EClient> client(
       e_cal_client_connect_sync(source, type, static_cast<guint32>(-1), nullptr, &raw));
@@ -213,6 +231,22 @@ void addItems(ESource* source, ECalClientSourceType type, const std::vector<std:
     error.reset(raw);
     ASSERT_TRUE(created) << error->message;
   }
+  if (change.empty()) return;
+  const GObjectRef<ICalComponent> changed(i_cal_component_new_from_string(change.c_str()));
+  ASSERT_TRUE(e_cal_client_modify_object_sync(calendar, changed.get(), E_CAL_OBJ_MOD_THIS,
+                                              E_CAL_OPERATION_FLAG_NONE, nullptr, &raw));
+  GSList* stored = nullptr;
+  ASSERT_TRUE(e_cal_client_get_objects_for_uid_sync(
+      calendar, i_cal_component_get_uid(changed.get()), &stored, nullptr, &raw));
+  for (GSList* each = stored; each != nullptr; each = each->next) {
+    auto* component = e_cal_component_get_icalcomponent(static_cast<ECalComponent*>(each->data));
+    if (i_cal_component_count_properties(component, I_CAL_RECURRENCEID_PROPERTY) == 0) continue;
+    const GObjectRef<ICalProperty> modified(
+        i_cal_component_get_first_property(component, I_CAL_LASTMODIFIED_PROPERTY));
+    const GObjectRef<ICalTime> time(i_cal_property_get_lastmodified(modified.get()));
+    *changedAt = i_cal_time_as_timet(time.get());
+  }
+  e_util_free_nullable_object_slist(stored);
 }
 
 // The user's own address, as a mail account gives it.
@@ -244,7 +278,9 @@ TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
   ASSERT_NO_FATAL_FAILURE(addMailIdentity(registry.get(), "me@example.org"));
   const GObjectRef<ESource> calendar(e_source_registry_ref_builtin_calendar(registry.get()));
   const GObjectRef<ESource> tasks(e_source_registry_ref_builtin_task_list(registry.get()));
-  ASSERT_NO_FATAL_FAILURE(addItems(calendar.get(), E_CAL_CLIENT_SOURCE_TYPE_EVENTS, eventItems()));
+  std::int64_t movedModified = 0;
+  ASSERT_NO_FATAL_FAILURE(addItems(calendar.get(), E_CAL_CLIENT_SOURCE_TYPE_EVENTS, eventItems(),
+                                   movedWeekly, &movedModified));
   ASSERT_NO_FATAL_FAILURE(addItems(tasks.get(), E_CAL_CLIENT_SOURCE_TYPE_TASKS, taskItems()));
 
   platform::LinuxPlatform phone("eds-calendar-test", {},
@@ -253,7 +289,7 @@ TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
     phone.events().requestAccess(type, [](bool granted, auto) { ASSERT_TRUE(granted); });
   }
   const testing_support::TemporaryDirectory directory;
-  std::ofstream(directory / "profile.json") << profile().dump();
+  std::ofstream(directory / "profile.json") << profile(movedModified).dump();
   const auto described = platform::ProfilePlatform::load((directory / "profile.json").string());
 
   EXPECT_EQ(sectionValues(CalendarExtractor(phone).extract()),

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <set>
 #include <string_view>
 
 namespace tavrin::platform {
@@ -153,14 +154,55 @@ bool listed(const std::vector<std::string>& identifiers, const OpenCalendar& cal
 
 struct Occurrences {
   const CalendarItemContext* context;
-  std::vector<Event>* events;
+  double start, end;  // the range asked for
+  std::vector<Event> events;
 };
 
+// Keeps an occurrence that overlaps the range: a single event comes whatever
+// its time. An event without an end lasts until its start.
 gboolean addOccurrence(ICalComponent* component, ICalTime* start, ICalTime* end, gpointer data,
                        GCancellable*, GError**) {
-  const auto* occurrences = static_cast<Occurrences*>(data);
-  occurrences->events->push_back(eventFromComponent(component, start, end, *occurrences->context));
+  auto* occurrences = static_cast<Occurrences*>(data);
+  Event event = eventFromComponent(component, start, end, *occurrences->context);
+  const double first = event.startDate.value_or(occurrences->start);
+  const double last = event.endDate.value_or(first);
+  if (first <= occurrences->end && last >= occurrences->start) {
+    occurrences->events.push_back(std::move(event));
+  }
   return stopRequested() ? FALSE : TRUE;
+}
+
+bool isOccurrence(ICalComponent* component) {
+  return i_cal_component_count_properties(component, I_CAL_RECURRENCEID_PROPERTY) > 0;
+}
+
+// The occurrences of a calendar's items within the range. Each series is
+// expanded from its main item, which puts its moved occurrences (stored apart,
+// with a RECURRENCE-ID) in the place of those they replace; a moved occurrence
+// whose series is not in the calendar stands alone.
+std::vector<Event> occurrences(const CalendarItemContext& context, double start, double end) {
+  Occurrences found{&context, start, end, {}};
+  GSList* components = nullptr;
+  if (!e_cal_client_get_object_list_sync(context.client, "#t", &components, nullptr, nullptr)) {
+    return {};
+  }
+  std::set<std::string_view> series;
+  for (GSList* item = components; item != nullptr; item = item->next) {
+    auto* component = static_cast<ICalComponent*>(item->data);
+    if (const char* uid = i_cal_component_get_uid(component); uid && !isOccurrence(component)) {
+      series.insert(uid);
+    }
+  }
+  for (GSList* item = components; item != nullptr && !stopRequested(); item = item->next) {
+    auto* component = static_cast<ICalComponent*>(item->data);
+    const char* uid = i_cal_component_get_uid(component);
+    if (isOccurrence(component) && uid && series.count(uid) > 0) continue;
+    e_cal_client_generate_instances_for_object_sync(
+        context.client, component, static_cast<time_t>(std::floor(start)),
+        static_cast<time_t>(std::ceil(end)), nullptr, addOccurrence, &found);
+  }
+  e_util_free_nullable_object_slist(components);
+  return std::move(found.events);
 }
 
 // Evolution Data Server's calendars (entity type 0) and task lists (1). Every
@@ -199,11 +241,7 @@ class EdsEventStore final : public EventStore {
     for (const OpenCalendar& calendar : database->calendars(EntityType::event)) {
       if (!calendar.client || !listed(calendarIdentifiers, calendar) || stopRequested()) continue;
       const CalendarItemContext context = database->itemContext(calendar);
-      std::vector<Event> events;
-      Occurrences occurrences{&context, &events};
-      e_cal_client_generate_instances_sync(context.client, static_cast<time_t>(std::floor(start)),
-                                           static_cast<time_t>(std::ceil(end)), nullptr,
-                                           addOccurrence, &occurrences);
+      std::vector<Event> events = occurrences(context, start, end);
       std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
         return std::tie(a.startDate, a.calendarItemIdentifier) <
                std::tie(b.startDate, b.calendarItemIdentifier);

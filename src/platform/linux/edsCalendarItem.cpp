@@ -44,12 +44,23 @@ std::optional<double> seconds(const Time& time, const CalendarItemContext& conte
   return seconds(time.get(), context);
 }
 
+// The instant of a date-time property, in the zone its TZID names as the
+// calendar resolves it.
 std::optional<double> propertyTime(ICalComponent* component, ICalPropertyKind kind,
                                    ICalTime* (*read)(ICalProperty*),
                                    const CalendarItemContext& context) {
   const Property property = firstProperty(component, kind);
   if (!property) return std::nullopt;
-  return seconds(Time(read(property.get())), context);
+  const Time time(read(property.get()));
+  const Parameter tzid(i_cal_property_get_first_parameter(property.get(), I_CAL_TZID_PARAMETER));
+  ICalTimezone* zone = nullptr;
+  if (time && !i_cal_time_is_null_time(time.get()) && tzid &&
+      e_cal_client_get_timezone_sync(context.client, i_cal_parameter_get_tzid(tzid.get()), &zone,
+                                     nullptr, nullptr) &&
+      zone != nullptr) {
+    return static_cast<double>(i_cal_time_as_timet_with_zone(time.get(), zone));
+  }
+  return seconds(time, context);
 }
 
 // The IANA name of a date-time's zone: UTC, or the location of its TZID
@@ -217,12 +228,16 @@ Event eventFromComponent(ICalComponent* component, const ICalTime* start, const 
   event.startDate = seconds(start, context);
   event.endDate = seconds(end, context);
   event.isAllDay = start != nullptr && i_cal_time_is_date(start);
-  event.occurrenceDate = event.startDate;
+  // An occurrence's original start is its RECURRENCE-ID, which a moved
+  // occurrence keeps; a single event occurs at its start.
+  event.occurrenceDate = propertyTime(component, I_CAL_RECURRENCEID_PROPERTY,
+                                      i_cal_property_get_recurrenceid, context);
+  if (!event.occurrenceDate) event.occurrenceDate = event.startDate;
   const bool rules =
       hasProperty(component, I_CAL_RRULE_PROPERTY) || hasProperty(component, I_CAL_RDATE_PROPERTY);
   const bool occurrence = hasProperty(component, I_CAL_RECURRENCEID_PROPERTY);
-  // An occurrence stored apart from its series has a RECURRENCE-ID of its own
-  // and no rules; the generated ones carry their series' rules.
+  // An occurrence stored apart from its series (moved, or changed alone) has
+  // no rules of its own; the generated ones carry their series' rules.
   event.isDetached = occurrence && !rules;
   event.hasRecurrenceRules = rules || occurrence;
   event.organizer = organizerOf(component, context);
