@@ -52,11 +52,11 @@ std::variant<AddressBook, PlatformError> readBook(ESource* source) {
 }
 
 // Every enabled address book, in the order of their UIDs.
-std::variant<std::vector<AddressBook>, PlatformError> readAddressBooks() {
-  auto registry = openRegistry();
+std::variant<std::vector<AddressBook>, PlatformError> readAddressBooks(SourceRegistry& list) {
+  auto registry = list.get();
   if (auto* failure = std::get_if<PlatformError>(&registry)) return std::move(*failure);
-  const auto sources = enabledSources(std::get<GObjectRef<ESourceRegistry>>(registry).get(),
-                                      E_SOURCE_EXTENSION_ADDRESS_BOOK);
+  const auto sources =
+      enabledSources(std::get<ESourceRegistry*>(registry), E_SOURCE_EXTENSION_ADDRESS_BOOK);
   std::vector<AddressBook> books;
   for (const auto& source : sources) {
     auto book = readBook(source.get());
@@ -80,7 +80,7 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
 
   std::optional<PlatformError> enumerateContacts(
       const std::vector<std::string>&, const std::function<void(const Contact&)>& block) override {
-    auto books = readAddressBooks();
+    auto books = readAddressBooks(_registry);
     if (auto* failure = std::get_if<PlatformError>(&books)) return std::move(*failure);
     for (const AddressBook& book : std::get<std::vector<AddressBook>>(books)) {
       for (const Card& card : book.cards) {
@@ -94,7 +94,7 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
   // The groups are the contacts' categories, which is what GNOME Contacts shows
   // as groups: one group per category name over all address books, by name.
   std::variant<std::vector<ContactGroup>, PlatformError> groups() override {
-    auto books = readAddressBooks();
+    auto books = readAddressBooks(_registry);
     if (auto* failure = std::get_if<PlatformError>(&books)) return std::move(*failure);
     std::set<std::string> names;
     for (const AddressBook& book : std::get<std::vector<AddressBook>>(books)) {
@@ -111,6 +111,9 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
     for (const std::string& name : names) result.push_back({groupIdentifier(name), name});
     return result;
   }
+
+ private:
+  SourceRegistry _registry;
 };
 
 }  // namespace

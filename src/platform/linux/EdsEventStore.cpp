@@ -59,12 +59,13 @@ struct OpenCalendar {
   GObjectRef<EClient> client;  // null when it cannot be opened
 };
 
+// The calendars and task lists a read finds in the list of sources.
 class CalendarDatabase {
  public:
-  static std::optional<CalendarDatabase> open() {
-    auto registry = openRegistry();
+  static std::optional<CalendarDatabase> open(SourceRegistry& list) {
+    auto registry = list.get();
     if (std::holds_alternative<PlatformError>(registry)) return std::nullopt;
-    return CalendarDatabase(std::move(std::get<GObjectRef<ESourceRegistry>>(registry)));
+    return CalendarDatabase(std::get<ESourceRegistry*>(registry));
   }
 
   // The calendars of an entity type, each opened, in the order of their UIDs.
@@ -72,7 +73,7 @@ class CalendarDatabase {
     std::vector<OpenCalendar> open;
     const auto type = entityType == EntityType::event ? E_CAL_CLIENT_SOURCE_TYPE_EVENTS
                                                       : E_CAL_CLIENT_SOURCE_TYPE_TASKS;
-    for (auto& source : enabledSources(_registry.get(), extensionOf(entityType))) {
+    for (auto& source : enabledSources(_registry, extensionOf(entityType))) {
       GObjectRef<EClient> client(
           e_cal_client_connect_sync(source.get(), type, edsNoWait, nullptr, nullptr));
       if (client) e_cal_client_set_default_timezone(E_CAL_CLIENT(client.get()), deviceZone());
@@ -96,7 +97,7 @@ class CalendarDatabase {
     result.isImmutable = !calendar.client || e_client_is_readonly(calendar.client.get());
     result.type = kind.calendarType;
     if (const char* parentUid = e_source_get_parent(source); parentUid && *parentUid) {
-      const GObjectRef<ESource> parent(e_source_registry_ref_source(_registry.get(), parentUid));
+      const GObjectRef<ESource> parent(e_source_registry_ref_source(_registry, parentUid));
       if (parent) {
         const char* title = e_source_get_display_name(parent.get());
         result.source = CalendarSource{parentUid, kind.sourceType, title ? title : ""};
@@ -115,8 +116,7 @@ class CalendarDatabase {
                                 e_source_get_uid(calendar.source.get()),
                                 deviceZone(),
                                 {}};
-    GList* identities =
-        e_source_registry_list_sources(_registry.get(), E_SOURCE_EXTENSION_MAIL_IDENTITY);
+    GList* identities = e_source_registry_list_sources(_registry, E_SOURCE_EXTENSION_MAIL_IDENTITY);
     for (GList* item = identities; item != nullptr; item = item->next) {
       auto* identity = static_cast<ESourceMailIdentity*>(e_source_get_extension(
           static_cast<ESource*>(item->data), E_SOURCE_EXTENSION_MAIL_IDENTITY));
@@ -134,8 +134,7 @@ class CalendarDatabase {
   }
 
  private:
-  explicit CalendarDatabase(GObjectRef<ESourceRegistry> registry)
-      : _registry(std::move(registry)) {}
+  explicit CalendarDatabase(ESourceRegistry* registry) : _registry(registry) {}
 
   static void addAddress(CalendarItemContext& context, const char* address) {
     if (address == nullptr || *address == '\0') return;
@@ -144,7 +143,7 @@ class CalendarDatabase {
     context.me.insert(std::move(lower));
   }
 
-  GObjectRef<ESourceRegistry> _registry;
+  ESourceRegistry* _registry;
 };
 
 bool listed(const std::vector<std::string>& identifiers, const OpenCalendar& calendar) {
@@ -209,8 +208,8 @@ std::vector<Event> occurrences(const CalendarItemContext& context, double start,
 // read opens them afresh, so it sees the items as they are now.
 class EdsEventStore final : public EventStore {
  public:
-  explicit EdsEventStore(const std::shared_ptr<HostConsent>& consent)
-      : _calendars("calendars", consent), _reminders("reminders", consent) {}
+  explicit EdsEventStore(std::shared_ptr<HostConsent> consent)
+      : _calendars("calendars", consent), _reminders("reminders", std::move(consent)) {}
 
   std::int64_t authorizationStatus(std::int64_t entityType) override {
     const StoreConsent* consent = consentOf(entityType);
@@ -223,7 +222,7 @@ class EdsEventStore final : public EventStore {
 
   std::vector<Calendar> calendars(std::int64_t entityType) override {
     std::vector<Calendar> found;
-    const auto database = authorized(entityType) ? CalendarDatabase::open() : std::nullopt;
+    const auto database = authorized(entityType) ? CalendarDatabase::open(_registry) : std::nullopt;
     if (!database) return found;
     for (const OpenCalendar& calendar : database->calendars(entityType)) {
       found.push_back(database->describe(calendar, entityType));
@@ -236,7 +235,8 @@ class EdsEventStore final : public EventStore {
   std::vector<Event> events(double start, double end,
                             const std::vector<std::string>& calendarIdentifiers) override {
     std::vector<Event> found;
-    const auto database = authorized(EntityType::event) ? CalendarDatabase::open() : std::nullopt;
+    const auto database =
+        authorized(EntityType::event) ? CalendarDatabase::open(_registry) : std::nullopt;
     if (!database || !(start <= end)) return found;
     for (const OpenCalendar& calendar : database->calendars(EntityType::event)) {
       if (!calendar.client || !listed(calendarIdentifiers, calendar) || stopRequested()) continue;
@@ -256,7 +256,7 @@ class EdsEventStore final : public EventStore {
   void fetchReminders(const std::vector<std::string>& calendarIdentifiers,
                       RemindersHandler completion) override {
     if (!authorized(EntityType::reminder)) return completion(std::vector<Reminder>{});
-    const auto database = CalendarDatabase::open();
+    const auto database = CalendarDatabase::open(_registry);
     if (!database) return completion(std::nullopt);
     std::vector<Reminder> found;
     for (const OpenCalendar& list : database->calendars(EntityType::reminder)) {
@@ -294,12 +294,13 @@ class EdsEventStore final : public EventStore {
 
   StoreConsent _calendars;
   StoreConsent _reminders;
+  SourceRegistry _registry;
 };
 
 }  // namespace
 
 std::unique_ptr<EventStore> makeLinuxEventStore(std::shared_ptr<HostConsent> consent) {
-  return std::make_unique<EdsEventStore>(consent);
+  return std::make_unique<EdsEventStore>(std::move(consent));
 }
 
 }  // namespace tavrin::platform

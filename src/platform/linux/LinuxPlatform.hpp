@@ -22,8 +22,8 @@ namespace tavrin::platform {
 // personal data stores it does not have reported as restricted.
 class LinuxPlatform final : public Platform {
  public:
-  explicit LinuxPlatform(const std::string& applicationIdentifier,
-                         const LinuxSystemFiles& files = {}, ConsentCallback consent = {});
+  explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {},
+                         ConsentCallback consent = {});
 
   DeviceInfo& device() override { return _device; }
   ContactStore& contacts() override { return *_contacts; }

@@ -9,12 +9,14 @@ PlatformError errorOf(const GErrorRef& error, const char* fallback) {
   return {error && error->message != nullptr ? error->message : fallback};
 }
 
-std::variant<GObjectRef<ESourceRegistry>, PlatformError> openRegistry() {
-  GError* raw = nullptr;
-  GObjectRef<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &raw));
-  const GErrorRef error(raw);
-  if (!registry) return errorOf(error, "The list of sources cannot be read");
-  return registry;
+std::variant<ESourceRegistry*, PlatformError> SourceRegistry::get() {
+  if (!_registry) {
+    GError* raw = nullptr;
+    _registry.reset(e_source_registry_new_sync(nullptr, &raw));
+    const GErrorRef error(raw);
+    if (!_registry) return errorOf(error, "The list of sources cannot be read");
+  }
+  return _registry.get();
 }
 
 std::vector<GObjectRef<ESource>> enabledSources(ESourceRegistry* registry, const char* extension) {
