@@ -46,12 +46,15 @@ function(tavrin_optional_store option description dev_packages)
     set(tavrin_optional_dev_packages "${tavrin_optional_dev_packages}, ${dev_packages}" PARENT_SCOPE)
   endif()
 endfunction()
-# The stores of the GNOME mobile stack: the address book from Evolution Data
-# Server; the photo library from the user's media folders, with exiv2 for image
+# The stores of the GNOME mobile stack: the address book, the calendars and
+# the task lists from Evolution Data Server; the photo library from the user's media folders, with exiv2 for image
 # metadata and GStreamer's discoverer for video headers; the carrier from
 # ModemManager; the location services from GeoClue over D-Bus (GIO).
 tavrin_optional_store(TAVRIN_WITH_EDS "Read the Linux address book from Evolution Data Server"
   "libebook1.2-dev" EDS:libebook-1.2)
+tavrin_optional_store(TAVRIN_WITH_ECAL
+  "Read the Linux calendars and task lists from Evolution Data Server"
+  "libecal2.0-dev" ECAL:libecal-2.0)
 tavrin_optional_store(TAVRIN_WITH_MEDIA "Read the Linux photo library from the XDG media folders"
   "libexiv2-dev, libgstreamer-plugins-base1.0-dev" EXIV2:exiv2 GSTPBUTILS:gstreamer-pbutils-1.0)
 tavrin_optional_store(TAVRIN_WITH_MODEMMANAGER "Read the Linux carrier from ModemManager"

@@ -123,9 +123,16 @@ TEST(LinuxPlatform, StoresWithoutConsentAreNotRead) {
   const std::int64_t photos = AuthorizationStatus::restricted;
   const std::int64_t photosAnswer = AuthorizationStatus::restricted;
 #endif
+#ifdef TAVRIN_WITH_ECAL
+  const std::int64_t events = AuthorizationStatus::notDetermined;
+#else
+  const std::int64_t events = AuthorizationStatus::restricted;
+#endif
   for (const std::int64_t type : {0, 1, 2, -1}) {
     EXPECT_EQ(platform->contacts().authorizationStatus(type), contacts);
-    EXPECT_EQ(platform->events().authorizationStatus(type), AuthorizationStatus::restricted);
+    const bool calendarType = type == EntityType::event || type == EntityType::reminder;
+    EXPECT_EQ(platform->events().authorizationStatus(type),
+              calendarType ? events : AuthorizationStatus::restricted);
   }
   EXPECT_EQ(platform->photos().authorizationStatus(), photos);
 

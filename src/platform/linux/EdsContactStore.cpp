@@ -1,6 +1,8 @@
 #include "platform/linux/GObjectRef.hpp"
 #include "platform/linux/LinuxContactStore.hpp"
+#include "platform/linux/StoreConsent.hpp"
 #include "platform/linux/edsContact.hpp"
+#include "platform/linux/edsSources.hpp"
 
 #include <tavrin/platform/Platform.hpp>
 
@@ -11,20 +13,12 @@
 namespace tavrin::platform {
 namespace {
 
-// A connection does not wait for a remote book to reach its server: what the
-// book holds on the machine is what the collection reads.
-constexpr auto noWait = static_cast<guint32>(-1);
-
 using Card = GObjectRef<EContact>;
 
 struct AddressBook {
   std::string uid;
   std::vector<Card> cards;  // Sorted by the contacts' UID, the order of every read.
 };
-
-PlatformError errorOf(const GErrorRef& error, const char* fallback) {
-  return {error && error->message != nullptr ? error->message : fallback};
-}
 
 const char* contactUid(EContact* card) {
   const auto* uid = static_cast<const char*>(e_contact_get_const(card, E_CONTACT_UID));
@@ -35,7 +29,7 @@ const char* contactUid(EContact* card) {
 std::variant<AddressBook, PlatformError> readBook(ESource* source) {
   AddressBook book{e_source_get_uid(source), {}};
   GError* raw = nullptr;
-  const GObjectRef<EClient> client(e_book_client_connect_sync(source, noWait, nullptr, &raw));
+  const GObjectRef<EClient> client(e_book_client_connect_sync(source, edsNoWait, nullptr, &raw));
   GErrorRef error(raw);
   if (!client) return errorOf(error, "The address book cannot be opened");
   GSList* found = nullptr;
@@ -58,22 +52,13 @@ std::variant<AddressBook, PlatformError> readBook(ESource* source) {
 }
 
 // Every enabled address book, in the order of their UIDs.
-std::variant<std::vector<AddressBook>, PlatformError> readAddressBooks() {
-  GError* raw = nullptr;
-  const GObjectRef<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &raw));
-  GErrorRef error(raw);
-  if (!registry) return errorOf(error, "The address books cannot be listed");
-  GList* sources = e_source_registry_list_enabled(registry.get(), E_SOURCE_EXTENSION_ADDRESS_BOOK);
-  std::vector<GObjectRef<ESource>> owned;
-  for (GList* item = sources; item != nullptr; item = item->next) {
-    owned.emplace_back(static_cast<ESource*>(item->data));
-  }
-  g_list_free(sources);
-  std::sort(owned.begin(), owned.end(), [](const auto& a, const auto& b) {
-    return std::string_view(e_source_get_uid(a.get())) < e_source_get_uid(b.get());
-  });
+std::variant<std::vector<AddressBook>, PlatformError> readAddressBooks(SourceRegistry& list) {
+  auto registry = list.get();
+  if (auto* failure = std::get_if<PlatformError>(&registry)) return std::move(*failure);
+  const auto sources =
+      enabledSources(std::get<ESourceRegistry*>(registry), E_SOURCE_EXTENSION_ADDRESS_BOOK);
   std::vector<AddressBook> books;
-  for (const auto& source : owned) {
+  for (const auto& source : sources) {
     auto book = readBook(source.get());
     if (auto* failure = std::get_if<PlatformError>(&book)) return std::move(*failure);
     books.push_back(std::move(std::get<AddressBook>(book)));
@@ -95,7 +80,7 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
 
   std::optional<PlatformError> enumerateContacts(
       const std::vector<std::string>&, const std::function<void(const Contact&)>& block) override {
-    auto books = readAddressBooks();
+    auto books = readAddressBooks(_registry);
     if (auto* failure = std::get_if<PlatformError>(&books)) return std::move(*failure);
     for (const AddressBook& book : std::get<std::vector<AddressBook>>(books)) {
       for (const Card& card : book.cards) {
@@ -109,7 +94,7 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
   // The groups are the contacts' categories, which is what GNOME Contacts shows
   // as groups: one group per category name over all address books, by name.
   std::variant<std::vector<ContactGroup>, PlatformError> groups() override {
-    auto books = readAddressBooks();
+    auto books = readAddressBooks(_registry);
     if (auto* failure = std::get_if<PlatformError>(&books)) return std::move(*failure);
     std::set<std::string> names;
     for (const AddressBook& book : std::get<std::vector<AddressBook>>(books)) {
@@ -126,6 +111,9 @@ class EdsContactStore final : public ConsentedStore<ContactStore> {
     for (const std::string& name : names) result.push_back({groupIdentifier(name), name});
     return result;
   }
+
+ private:
+  SourceRegistry _registry;
 };
 
 }  // namespace

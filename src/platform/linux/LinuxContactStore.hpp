@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/StoreConsent.hpp"
+#include "platform/linux/HostConsent.hpp"
 
 #include <tavrin/platform/ContactStore.hpp>
 

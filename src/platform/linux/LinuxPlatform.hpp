@@ -22,12 +22,12 @@ namespace tavrin::platform {
 // personal data stores it does not have reported as restricted.
 class LinuxPlatform final : public Platform {
  public:
-  explicit LinuxPlatform(const std::string& applicationIdentifier,
-                         const LinuxSystemFiles& files = {}, ConsentCallback consent = {});
+  explicit LinuxPlatform(std::string applicationIdentifier, const LinuxSystemFiles& files = {},
+                         ConsentCallback consent = {});
 
   DeviceInfo& device() override { return _device; }
   ContactStore& contacts() override { return *_contacts; }
-  EventStore& events() override { return _events; }
+  EventStore& events() override { return *_events; }
   PhotoLibrary& photos() override { return *_photos; }
   CaptureDeviceSource& captureDevices() override { return *_captureDevices; }
   LocationServices& location() override { return *_location; }
@@ -37,7 +37,7 @@ class LinuxPlatform final : public Platform {
  private:
   LinuxDeviceInfo _device;
   std::unique_ptr<ContactStore> _contacts;
-  LinuxEventStore _events;
+  std::unique_ptr<EventStore> _events;
   std::unique_ptr<PhotoLibrary> _photos;
   std::unique_ptr<CaptureDeviceSource> _captureDevices;
   std::unique_ptr<LocationServices> _location;

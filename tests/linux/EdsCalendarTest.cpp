@@ -1,0 +1,301 @@
+// The Linux platform reads the calendars and task lists of a real Evolution
+// Data Server, started on a private session bus (tests/linux/private-session.sh),
+// into the same rows as a device profile that describes the same items. The
+// items lie around the day the test runs, so that they stay within the
+// collection's four years.
+
+#include "extractors/CalendarEventExtractor.hpp"
+#include "extractors/CalendarExtractor.hpp"
+#include "extractors/CalendarReminderExtractor.hpp"
+#include "platform/linux/GObjectRef.hpp"
+#include "platform/linux/LinuxPlatform.hpp"
+
+#include "SectionJson.hpp"
+#include "TemporaryDirectory.hpp"
+
+#include <libecal/libecal.h>
+#include <unicode/timezone.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+namespace tavrin {
+namespace {
+
+using nlohmann::json;
+using platform::GErrorRef;
+using platform::GObjectRef;
+
+constexpr std::int64_t hour = 3600, day = 86400;
+
+// A moment as iCalendar writes it: in UTC ("...Z"), as a wall-clock time
+// (given as the seconds that wall clock would show in UTC), or as a date.
+std::string stamp(std::int64_t seconds, const char* format) {
+  const std::time_t time = seconds;
+  std::tm fields{};
+  gmtime_r(&time, &fields);
+  char text[32];
+  std::strftime(text, sizeof text, format, &fields);
+  return text;
+}
+std::string utc(std::int64_t seconds) { return stamp(seconds, "%Y%m%dT%H%M%SZ"); }
+std::string wall(std::int64_t seconds) { return stamp(seconds, "%Y%m%dT%H%M%S"); }
+std::string date(std::int64_t seconds) { return stamp(seconds, "%Y%m%d"); }
+
+// The instant a Berlin wall clock shows `wallSeconds`.
+std::int64_t inBerlin(std::int64_t wallSeconds) {
+  const std::unique_ptr<icu::TimeZone> berlin(icu::TimeZone::createTimeZone("Europe/Berlin"));
+  std::int32_t raw = 0, dst = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  berlin->getOffset(static_cast<UDate>(wallSeconds) * 1000.0, true, raw, dst, status);
+  return wallSeconds - (raw + dst) / 1000;
+}
+
+const std::int64_t base = (std::time(nullptr) / day + 30) * day;  // a midnight a month ahead
+
+std::string item(const std::string& kind, const std::string& lines) {
+  return "BEGIN:" + kind + "\r\n" + lines + "CREATED:" + utc(base - 10 * day) +
+         "\r\nLAST-MODIFIED:" + utc(base - 5 * day) + "\r\nEND:" + kind + "\r\n";
+}
+// The wall-clock start of the weekly series' last occurrence, which the user moves by two hours.
+const std::int64_t lastWeekly = base + 40 * day + 9 * hour + 39 * 7 * day;
+const std::string movedWeekly =
+    item("VEVENT", "UID:weekly\r\nRECURRENCE-ID;TZID=Europe/Berlin:" + wall(lastWeekly) +
+                       "\r\nDTSTART;TZID=Europe/Berlin:" + wall(lastWeekly + 2 * hour) +
+                       "\r\nDTEND;TZID=Europe/Berlin:" + wall(lastWeekly + 3 * hour) + "\r\n");
+
+const std::string alarm = "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER:-PT15M\r\nEND:VALARM\r\n";
+
+std::vector<std::string> eventItems() {
+  return {
+      item("VEVENT", "UID:meeting\r\nDTSTART:" + utc(base + 9 * hour) +
+                         "\r\nDTEND:" + utc(base + 10 * hour) +
+                         "\r\nTRANSP:TRANSPARENT\r\nSTATUS:CONFIRMED\r\n"
+                         "ORGANIZER;CN=Me:mailto:ME@example.org\r\n"
+                         "ATTENDEE;ROLE=CHAIR;PARTSTAT=ACCEPTED:mailto:me@example.org\r\n"
+                         "ATTENDEE;CUTYPE=ROOM:mailto:room@example.org\r\n"
+                         "DESCRIPTION:agenda\r\nLOCATION:Room 1\r\n" +
+                         alarm),
+      item("VEVENT", "UID:holiday\r\nDTSTART;VALUE=DATE:" + date(base + 2 * day) +
+                         "\r\nDTEND;VALUE=DATE:" + date(base + 3 * day) +
+                         "\r\nSTATUS:CANCELLED\r\n"
+                         "ORGANIZER;CUTYPE=GROUP;PARTSTAT=TENTATIVE:mailto:team@example.org\r\n"),
+      // Forty weeks cross a change of daylight-saving time: 09:00 stays 09:00 in Berlin.
+      item("VEVENT", "UID:weekly\r\nDTSTART;TZID=Europe/Berlin:" +
+                         wall(base + 40 * day + 9 * hour) + "\r\nDTEND;TZID=Europe/Berlin:" +
+                         wall(base + 40 * day + 10 * hour) + "\r\nRRULE:FREQ=WEEKLY;COUNT=40\r\n"),
+      // Began 3.3 years ago and never ends: only the occurrences of the four years count.
+      item("VEVENT", "UID:fortnightly\r\nDTSTART:" + utc(base - 1200 * day + 12 * hour) +
+                         "\r\nDTEND:" + utc(base - 1200 * day + 13 * hour) +
+                         "\r\nRRULE:FREQ=WEEKLY;INTERVAL=2\r\n"),
+      item("VEVENT", "UID:long-ago\r\nDTSTART:" + utc(base - 1200 * day) +
+                         "\r\nDTEND:" + utc(base - 1200 * day + hour) + "\r\n"),
+  };
+}
+
+std::vector<std::string> taskItems() {
+  return {
+      item("VTODO", "UID:task-a\r\nDTSTART:" + utc(base) + "\r\nDUE;VALUE=DATE:" +
+                        date(base + 7 * day) + "\r\nCOMPLETED:" + utc(base + day) +
+                        "\r\nSTATUS:COMPLETED\r\nPRIORITY:1\r\nDESCRIPTION:steps\r\n"
+                        "LOCATION:Shop\r\nATTENDEE:mailto:you@example.org\r\n"
+                        "RRULE:FREQ=WEEKLY\r\n" +
+                        alarm),
+      item("VTODO", "UID:task-b\r\nSUMMARY:call\r\nDUE;TZID=Europe/Berlin:" +
+                        wall(base + 3 * day + 17 * hour) + "\r\n"),
+  };
+}
+
+// The same calendars, events and tasks, as a device profile describes them.
+// `movedModified`: when EDS says the moved occurrence last changed.
+json profile(std::int64_t movedModified) {
+  const auto calendar = [](const char* id, bool immutable, int type, const char* account,
+                           int accountType, int availabilities) {
+    return json{{"calendarIdentifier", id},
+                {"colorComponentCount", 4},
+                {"isImmutable", immutable},
+                {"type", type},
+                {"source",
+                 {{"sourceIdentifier", account}, {"sourceType", accountType}, {"title", account}}},
+                {"isSubscribed", false},
+                {"supportedEventAvailabilities", availabilities}};
+  };
+  const auto event = [](const char* uid, std::int64_t start, std::int64_t end) {
+    const std::string id = std::string("system-calendar/") + uid;
+    return json{{"calendarIdentifier", "system-calendar"},
+                {"eventIdentifier", id},
+                {"calendarItemIdentifier", id},
+                {"startDate", start},
+                {"endDate", end},
+                {"occurrenceDate", start},
+                {"creationDate", base - 10 * day},
+                {"lastModifiedDate", base - 5 * day}};
+  };
+  json meeting = event("meeting", base + 9 * hour, base + 10 * hour);
+  meeting.update({{"availability", 1},
+                  {"status", 1},
+                  {"hasNotes", true},
+                  {"hasAttendees", true},
+                  {"hasAlarms", true},
+                  {"location", "Room 1"},
+                  {"timeZone", "UTC"},
+                  {"attendeeCount", 2},
+                  {"organizer",
+                   {{"isCurrentUser", true},
+                    {"name", "Me"},
+                    {"participantRole", 3},
+                    {"participantStatus", 2},
+                    {"participantType", 1}}}});
+  json holiday = event("holiday", base + 2 * day, base + 3 * day);
+  holiday.update({{"isAllDay", true},
+                  {"status", 3},
+                  {"organizer",
+                   {{"isCurrentUser", false},
+                    {"participantRole", 0},
+                    {"participantStatus", 4},
+                    {"participantType", 4}}}});
+  const std::int64_t weeklyStart = inBerlin(base + 40 * day + 9 * hour);
+  json weekly = event("weekly", weeklyStart, weeklyStart + hour);
+  weekly.update(
+      {{"timeZone", "Europe/Berlin"}, {"recurrence", {{"frequency", "weekly"}, {"count", 39}}}});
+  const std::int64_t movedStart = inBerlin(lastWeekly + 2 * hour);
+  json moved = event("weekly", movedStart, movedStart + hour);
+  moved.update({{"timeZone", "Europe/Berlin"},
+                {"occurrenceDate", inBerlin(lastWeekly)},
+                {"isDetached", true},
+                {"hasRecurrenceRules", true},
+                {"lastModifiedDate", movedModified}});
+  json fortnightly =
+      event("fortnightly", base - 1200 * day + 12 * hour, base - 1200 * day + 13 * hour);
+  fortnightly.update(
+      {{"timeZone", "UTC"}, {"recurrence", {{"frequency", "weekly"}, {"interval", 2}}}});
+
+  const json taskA = {{"calendarIdentifier", "system-task-list"},
+                      {"calendarItemIdentifier", "system-task-list/task-a"},
+                      {"startDate", base},
+                      {"dueDate", base + 7 * day},
+                      {"isCompleted", true},
+                      {"completionDate", base + day},
+                      {"priority", 1},
+                      {"hasNotes", true},
+                      {"hasAttendees", true},
+                      {"hasAlarms", true},
+                      {"hasRecurrenceRules", true},
+                      {"location", "Shop"},
+                      {"creationDate", base - 10 * day},
+                      {"lastModifiedDate", base - 5 * day},
+                      {"timeZone", "UTC"},
+                      {"attendeeCount", 1}};
+  const json taskB = {{"calendarIdentifier", "system-task-list"},
+                      {"calendarItemIdentifier", "system-task-list/task-b"},
+                      {"dueDate", inBerlin(base + 3 * day + 17 * hour)},
+                      {"creationDate", base - 10 * day},
+                      {"lastModifiedDate", base - 5 * day},
+                      {"timeZone", "Europe/Berlin"}};
+  return {
+      {"device", {{"timeZone", {{"identifier", "UTC"}, {"abbreviation", "UTC"}}}}},
+      {"permissions", {{"calendarEvents", {{"status", 3}}}, {"reminders", {{"status", 3}}}}},
+      {"calendars",
+       {{"events",
+         {calendar("birthdays", true, 4, "contacts-stub", 5, 3),
+          calendar("system-calendar", false, 0, "local-stub", 0, 3)}},
+        {"reminders", {calendar("system-task-list", false, 0, "local-stub", 0, 0)}}}},
+      {"events", {meeting, holiday, weekly, moved, fortnightly}},
+      {"reminders", {taskA, taskB}},
+  };
+}
+
+// Adds the items to a built-in calendar or task list through EDS's own client,
+// then applies `change` to the one occurrence it names, and tells when EDS
+// stamped that change (it sets LAST-MODIFIED itself).
+void addItems(ESource* source, ECalClientSourceType type, const std::vector<std::string>& items,
+              const std::string& change = {}, std::int64_t* changedAt = nullptr) {
+  GError* raw = nullptr;
+  const GObjectRef<EClient> client(
+      e_cal_client_connect_sync(source, type, static_cast<guint32>(-1), nullptr, &raw));
+  GErrorRef error(raw);
+  ASSERT_TRUE(client) << error->message;
+  auto* calendar = E_CAL_CLIENT(client.get());
+  ASSERT_TRUE(e_cal_client_add_timezone_sync(
+      calendar, i_cal_timezone_get_builtin_timezone("Europe/Berlin"), nullptr, &raw));
+  for (const std::string& text : items) {
+    const GObjectRef<ICalComponent> component(i_cal_component_new_from_string(text.c_str()));
+    ASSERT_TRUE(component) << text;
+    gchar* uid = nullptr;
+    const gboolean created = e_cal_client_create_object_sync(
+        calendar, component.get(), E_CAL_OPERATION_FLAG_NONE, &uid, nullptr, &raw);
+    g_free(uid);
+    error.reset(raw);
+    ASSERT_TRUE(created) << error->message;
+  }
+  if (change.empty()) return;
+  const GObjectRef<ICalComponent> changed(i_cal_component_new_from_string(change.c_str()));
+  ASSERT_TRUE(e_cal_client_modify_object_sync(calendar, changed.get(), E_CAL_OBJ_MOD_THIS,
+                                              E_CAL_OPERATION_FLAG_NONE, nullptr, &raw));
+  GSList* stored = nullptr;
+  ASSERT_TRUE(e_cal_client_get_objects_for_uid_sync(
+      calendar, i_cal_component_get_uid(changed.get()), &stored, nullptr, &raw));
+  for (GSList* each = stored; each != nullptr; each = each->next) {
+    auto* component = e_cal_component_get_icalcomponent(static_cast<ECalComponent*>(each->data));
+    if (i_cal_component_count_properties(component, I_CAL_RECURRENCEID_PROPERTY) == 0) continue;
+    const GObjectRef<ICalProperty> modified(
+        i_cal_component_get_first_property(component, I_CAL_LASTMODIFIED_PROPERTY));
+    const GObjectRef<ICalTime> time(i_cal_property_get_lastmodified(modified.get()));
+    *changedAt = i_cal_time_as_timet(time.get());
+  }
+  e_util_free_nullable_object_slist(stored);
+}
+
+// The user's own address, as a mail account gives it: a source file that EDS
+// reads when it starts, before the test's first question to it.
+void addMailIdentity(const char* address) {
+  const std::filesystem::path sources =
+      std::filesystem::path(g_get_user_config_dir()) / "evolution" / "sources";
+  std::filesystem::create_directories(sources);
+  std::ofstream(sources / "me.source") << "[Data Source]\nDisplayName=Me\nEnabled=true\n\n"
+                                       << "[Mail Identity]\nAddress=" << address << "\n";
+}
+
+json sortedRows(Element element) {
+  json rows = sectionValues(std::move(element));
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
+  addMailIdentity("me@example.org");
+  GError* raw = nullptr;
+  const GObjectRef<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &raw));
+  const GErrorRef error(raw);
+  ASSERT_TRUE(registry) << error->message;
+  const GObjectRef<ESource> calendar(e_source_registry_ref_builtin_calendar(registry.get()));
+  const GObjectRef<ESource> tasks(e_source_registry_ref_builtin_task_list(registry.get()));
+  std::int64_t movedModified = 0;
+  ASSERT_NO_FATAL_FAILURE(addItems(calendar.get(), E_CAL_CLIENT_SOURCE_TYPE_EVENTS, eventItems(),
+                                   movedWeekly, &movedModified));
+  ASSERT_NO_FATAL_FAILURE(addItems(tasks.get(), E_CAL_CLIENT_SOURCE_TYPE_TASKS, taskItems()));
+
+  platform::LinuxPlatform phone("eds-calendar-test", {},
+                                [](const std::string& store) { return store != "contacts"; });
+  for (const std::int64_t type : {platform::EntityType::event, platform::EntityType::reminder}) {
+    phone.events().requestAccess(type, [](bool granted, auto) { ASSERT_TRUE(granted); });
+  }
+  const testing_support::TemporaryDirectory directory;
+  std::ofstream(directory / "profile.json") << profile(movedModified).dump();
+  const auto described = platform::ProfilePlatform::load((directory / "profile.json").string());
+
+  EXPECT_EQ(sectionValues(CalendarExtractor(phone).extract()),
+            sectionValues(CalendarExtractor(*described).extract()));
+  const json rows = sortedRows(CalendarEventExtractor("CalendarEvents", phone).extract());
+  EXPECT_EQ(rows, sortedRows(CalendarEventExtractor("CalendarEvents", *described).extract()));
+  EXPECT_GT(rows.size(), 40U + 52U);  // the weekly series and two years of fortnights each way
+  EXPECT_EQ(sectionValues(CalendarReminderExtractor("CalendarReminders", phone).extract()),
+            sectionValues(CalendarReminderExtractor("CalendarReminders", *described).extract()));
+}
+
+}  // namespace
+}  // namespace tavrin
