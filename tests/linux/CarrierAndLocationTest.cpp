@@ -39,7 +39,7 @@ class MockService {
         TAVRIN_PYTHON3,       "-m", "dbusmock",        "--system", "--template",
         templatePath.c_str(), "-p", arguments.c_str(), nullptr};
     _process.reset(g_subprocess_newv(command, G_SUBPROCESS_FLAGS_STDOUT_SILENCE, nullptr));
-    if (_process) waitFor(busName, _process.get());
+    if (_process) waitFor(busName);
   }
   ~MockService() {
     if (!_process) return;
@@ -50,16 +50,9 @@ class MockService {
   MockService& operator=(const MockService&) = delete;
 
  private:
-  // Until the service owns its name, or its process ends, or half a minute passed.
-  static void waitFor(const char* busName, GSubprocess* process) {
+  // Until the service owns its name, or for half a minute.
+  static void waitFor(const char* busName) {
     Waiting waiting{g_main_loop_new(nullptr, FALSE)};
-    const GObjectRef<GCancellable> cancel(g_cancellable_new());
-    g_subprocess_wait_async(
-        process, cancel.get(),
-        [](GObject*, GAsyncResult*, gpointer data) {
-          g_main_loop_quit(static_cast<Waiting*>(data)->loop);
-        },
-        &waiting);
     const guint watch = g_bus_watch_name(
         G_BUS_TYPE_SYSTEM, busName, G_BUS_NAME_WATCHER_FLAGS_NONE,
         [](GDBusConnection*, const gchar*, const gchar*, gpointer data) {
@@ -77,10 +70,6 @@ class MockService {
         &waiting);
     g_main_loop_run(waiting.loop);
     if (waiting.appeared) g_source_remove(limit);
-    g_cancellable_cancel(cancel.get());
-    // The cancelled wait completes on the loop; it must not outlive `waiting`.
-    while (g_main_context_iteration(nullptr, FALSE)) {
-    }
     g_bus_unwatch_name(watch);
     g_main_loop_unref(waiting.loop);
     ASSERT_TRUE(waiting.appeared) << busName << " did not start";
@@ -89,52 +78,10 @@ class MockService {
   GObjectRef<GSubprocess> _process;
 };
 
-struct Case {
-  const char* name;
-  Json modem;          // ModemManager's parameters; null: not running.
-  Json geoClue;        // GeoClue's parameters; null: not running.
-  bool desktopSwitch;  // GNOME's location switch.
-  Json device;         // What the profile's device says of the carrier.
-  Json location;       // The profile's location capabilities.
-};
-
-const Case cases[] = {
-    {"SimOnLte",
-     {{"simOperatorCode", "26201"},
-      {"simOperatorName", "Telekom.de"},
-      {"accessTechnologies", 1 << 14}},
-     Json::object(),
-     true,
-     {{"carrier",
-       {{"carrierName", "Telekom.de"},
-        {"isoCountryCode", "de"},
-        {"mobileCountryCode", "262"},
-        {"mobileNetworkCode", "01"}}},
-      {"radioAccessTechnology", "CTRadioAccessTechnologyLTE"}},
-     {{"significantLocationChangeMonitoringAvailable", true}, {"locationServicesEnabled", true}}},
-    {"NetworkNamesStandInForTheSims",
-     {{"networkOperatorCode", "310260"},
-      {"networkOperatorName", "T-Mobile"},
-      {"accessTechnologies", (1 << 5) | (1 << 6)}},
-     {{"accuracy", 0}},
-     true,
-     {{"carrier",
-       {{"carrierName", "T-Mobile"},
-        {"isoCountryCode", "us"},
-        {"mobileCountryCode", "310"},
-        {"mobileNetworkCode", "260"}}},
-      {"radioAccessTechnology", "CTRadioAccessTechnologyHSDPA"}},
-     {{"significantLocationChangeMonitoringAvailable", true}}},
-    {"ModemWithoutSim",
-     {{"sim", false}, {"accessTechnologies", 1 << 14}},
-     Json::object(),
-     false,
-     Json::object(),
-     {{"significantLocationChangeMonitoringAvailable", true}}},
-    {"NothingRunning", nullptr, nullptr, true, Json::object(), Json::object()},
-};
-
-class CarrierAndLocation : public testing::TestWithParam<Case> {};
+// One machine's services (linux/carrier-and-location.json): ModemManager's and
+// GeoClue's template parameters (null: not running), GNOME's location switch,
+// and the profile's device and location that describe the same.
+class CarrierAndLocation : public testing::TestWithParam<Json> {};
 
 // The values of the general-data section that describe the network.
 Json networkValues(platform::Platform& phone) {
@@ -143,19 +90,22 @@ Json networkValues(platform::Platform& phone) {
 }
 
 TEST_P(CarrierAndLocation, RowsMatchTheProfileOfTheSameServices) {
-  const Case& c = GetParam();
+  const Json& c = GetParam();
   // The mock services stand on the private bus; so does the library's system bus.
   setenv("DBUS_SYSTEM_BUS_ADDRESS", std::getenv("DBUS_SESSION_BUS_ADDRESS"), 1);
   const GObjectRef<GSettings> settings(g_settings_new("org.gnome.system.location"));
-  g_settings_set_boolean(settings.get(), "enabled", c.desktopSwitch);
+  g_settings_set_boolean(settings.get(), "enabled", c.at("desktopSwitch").get<bool>());
   std::optional<MockService> modem, geoClue;
-  if (!c.modem.is_null()) modem.emplace("modemmanager", "org.freedesktop.ModemManager1", c.modem);
-  if (!c.geoClue.is_null()) geoClue.emplace("geoclue", "org.freedesktop.GeoClue2", c.geoClue);
+  if (!c.at("modem").is_null()) {
+    modem.emplace("modemmanager", "org.freedesktop.ModemManager1", c.at("modem"));
+  }
+  if (!c.at("geoClue").is_null())
+    geoClue.emplace("geoclue", "org.freedesktop.GeoClue2", c.at("geoClue"));
   ASSERT_FALSE(HasFatalFailure());
 
-  Json description = {{"device", c.device}, {"location", c.location}};
+  Json description = {{"device", c.at("device")}, {"location", c.at("location")}};
   description["device"]["systemVersion"] = "14.2";
-  const std::string file = std::string(std::getenv("HOME")) + "/" + c.name + ".json";
+  const std::string file = std::string(std::getenv("HOME")) + "/profile.json";
   std::ofstream(file) << description;
   const auto profile = platform::loadDeviceProfile(file);
   platform::LinuxPlatform phone("network-test");
@@ -164,8 +114,11 @@ TEST_P(CarrierAndLocation, RowsMatchTheProfileOfTheSameServices) {
             sectionValues(GeoDataExtractor("GeoInfo", *profile).extract()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Services, CarrierAndLocation, testing::ValuesIn(cases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Services, CarrierAndLocation,
+    testing::ValuesIn(Json::parse(std::ifstream(TAVRIN_TEST_DATA_DIR
+                                                "/linux/carrier-and-location.json"))),
+    [](const auto& test) { return test.param.at("name").template get<std::string>(); });
 
 }  // namespace
 }  // namespace tavrin

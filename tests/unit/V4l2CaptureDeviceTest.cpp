@@ -36,10 +36,6 @@ std::uint32_t number(const Json& text) {
   return static_cast<std::uint32_t>(std::stoul(text.get<std::string>(), nullptr, 0));
 }
 
-std::uint32_t fourCharacters(const std::string& code) {
-  return v4l2_fourcc(code.at(0), code.at(1), code.at(2), code.at(3));
-}
-
 // A device that answers as the recorded one did: the requests it recorded an
 // answer for succeed, every other one fails as the kernel's EINVAL does.
 class RecordedDevice final : public VideoDevice {
@@ -93,17 +89,12 @@ class RecordedDevice final : public VideoDevice {
   int format(v4l2_format& answer) const {
     if (!_answers.contains("format")) return -1;
     const Json& recorded = _answers.at("format");
-    const std::uint32_t width = recorded.at("width"), height = recorded.at("height");
-    const std::uint32_t pixels = fourCharacters(recorded.at("pixelformat"));
-    if (answer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE) {
-      answer.fmt.pix_mp.width = width;
-      answer.fmt.pix_mp.height = height;
-      answer.fmt.pix_mp.pixelformat = pixels;
-    } else {
-      answer.fmt.pix.width = width;
-      answer.fmt.pix.height = height;
-      answer.fmt.pix.pixelformat = pixels;
-    }
+    const std::string code = recorded.at("pixelformat");
+    const bool planes = answer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE;
+    (planes ? answer.fmt.pix_mp.width : answer.fmt.pix.width) = recorded.at("width");
+    (planes ? answer.fmt.pix_mp.height : answer.fmt.pix.height) = recorded.at("height");
+    (planes ? answer.fmt.pix_mp.pixelformat : answer.fmt.pix.pixelformat) =
+        v4l2_fourcc(code.at(0), code.at(1), code.at(2), code.at(3));
     return 0;
   }
   int parameters(v4l2_streamparm& answer) const {
