@@ -9,6 +9,7 @@
 #include "extractors/CalendarReminderExtractor.hpp"
 #include "platform/linux/GObjectRef.hpp"
 #include "platform/linux/LinuxPlatform.hpp"
+#include "platform/linux/edsCalendarItem.hpp"
 
 #include "SectionJson.hpp"
 #include "TemporaryDirectory.hpp"
@@ -295,6 +296,52 @@ TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
   EXPECT_GT(rows.size(), 40U + 52U);  // the weekly series and two years of fortnights each way
   EXPECT_EQ(sectionValues(CalendarReminderExtractor("CalendarReminders", phone).extract()),
             sectionValues(CalendarReminderExtractor("CalendarReminders", *described).extract()));
+}
+
+// Each value of the participant and event parameters, as the calendar port
+// numbers them. The organizer's own parameters win over those of its attendee
+// entry, whose address matches whatever its case; iCalendar's default kind is a
+// person.
+TEST(EdsCalendars, ParametersMapToThePortsRawValues) {
+  struct Case {
+    std::string lines;
+    std::int64_t availability, status, role, participantStatus, kind;
+    bool me;
+  };
+  const Case cases[] = {
+      {"ORGANIZER;ROLE=REQ-PARTICIPANT;PARTSTAT=NEEDS-ACTION;CUTYPE=INDIVIDUAL:mailto:a@x\r\n"
+       "STATUS:TENTATIVE\r\nTRANSP:OPAQUE\r\n",
+       0, 2, 1, 1, 1, true},
+      {"ORGANIZER;ROLE=OPT-PARTICIPANT;PARTSTAT=DECLINED;CUTYPE=RESOURCE:mailto:b@x\r\n"
+       "STATUS:CONFIRMED\r\nTRANSP:TRANSPARENT\r\n",
+       1, 1, 2, 3, 3, false},
+      {"ORGANIZER;ROLE=NON-PARTICIPANT;PARTSTAT=DELEGATED;CUTYPE=ROOM:mailto:A@X\r\n"
+       "STATUS:CANCELLED\r\n",
+       0, 3, 4, 5, 2, true},
+      {"ORGANIZER;ROLE=CHAIR;PARTSTAT=COMPLETED;CUTYPE=GROUP:mailto:b@x\r\n", 0, 0, 3, 6, 4, false},
+      {"ORGANIZER;PARTSTAT=IN-PROCESS;CUTYPE=UNKNOWN:mailto:b@x\r\n", 0, 0, 0, 7, 0, false},
+      {"ORGANIZER;PARTSTAT=INPROCESS;ROLE=X-HOST:mailto:b@x\r\n", 0, 0, 0, 7, 1, false},
+      {"ORGANIZER;PARTSTAT=ACCEPTED:mailto:b@x\r\n"
+       "ATTENDEE;ROLE=OPT-PARTICIPANT;PARTSTAT=DECLINED;CUTYPE=ROOM:mailto:B@x\r\n",
+       0, 0, 2, 2, 2, false},
+      {"ORGANIZER:mailto:b@x\r\nATTENDEE;ROLE=CHAIR:mailto:c@x\r\n", 0, 0, 0, 0, 1, false},
+  };
+  const platform::CalendarItemContext context{
+      nullptr, "calendar", i_cal_timezone_get_utc_timezone(), {"a@x"}};
+  for (const Case& c : cases) {
+    const std::string text =
+        "BEGIN:VEVENT\r\nUID:u\r\nDTSTART:20260101T090000Z\r\n" + c.lines + "END:VEVENT\r\n";
+    const GObjectRef<ICalComponent> component(i_cal_component_new_from_string(text.c_str()));
+    const GObjectRef<ICalTime> start(i_cal_component_get_dtstart(component.get()));
+    const auto event =
+        platform::eventFromComponent(component.get(), start.get(), start.get(), context);
+    ASSERT_TRUE(event.organizer) << c.lines;
+    EXPECT_EQ(std::tuple(event.availability, event.status, event.organizer->participantRole,
+                         event.organizer->participantStatus, event.organizer->participantType,
+                         event.organizer->isCurrentUser),
+              std::tuple(c.availability, c.status, c.role, c.participantStatus, c.kind, c.me))
+        << c.lines;
+  }
 }
 
 }  // namespace
