@@ -102,12 +102,15 @@ std::vector<std::string> taskItems() {
   return {
       item("VTODO", "UID:task-a\r\nDTSTART:" + utc(base) + "\r\nDUE;VALUE=DATE:" +
                         date(base + 7 * day) + "\r\nCOMPLETED:" + utc(base + day) +
-                        "\r\nSTATUS:COMPLETED\r\nPRIORITY:1\r\nDESCRIPTION:steps\r\n"
+                        "\r\nPRIORITY:1\r\nDESCRIPTION:steps\r\n"
                         "LOCATION:Shop\r\nATTENDEE:mailto:you@example.org\r\n"
                         "RRULE:FREQ=WEEKLY\r\n" +
                         alarm),
-      item("VTODO", "UID:task-b\r\nSUMMARY:call\r\nDUE;TZID=Europe/Berlin:" +
-                        wall(base + 3 * day + 17 * hour) + "\r\n"),
+      // Done, without saying when.
+      item("VTODO",
+           "UID:task-b\r\nSUMMARY:call\r\nSTATUS:COMPLETED\r\nPRIORITY:5\r\n"
+           "DUE;TZID=Europe/Berlin:" +
+               wall(base + 3 * day + 17 * hour) + "\r\n"),
   };
 }
 
@@ -194,6 +197,8 @@ json profile(std::int64_t movedModified) {
   const json taskB = {{"calendarIdentifier", "system-task-list"},
                       {"calendarItemIdentifier", "system-task-list/task-b"},
                       {"dueDate", inBerlin(base + 3 * day + 17 * hour)},
+                      {"isCompleted", true},
+                      {"priority", 5},
                       {"creationDate", base - 10 * day},
                       {"lastModifiedDate", base - 5 * day},
                       {"timeZone", "Europe/Berlin"}};
