@@ -202,12 +202,14 @@ json profile(std::int64_t movedModified) {
                       {"creationDate", base - 10 * day},
                       {"lastModifiedDate", base - 5 * day},
                       {"timeZone", "Europe/Berlin"}};
+  json holidays = calendar("holidays", true, 3, "", 0, 3);
+  holidays.update({{"source", nullptr}, {"isSubscribed", true}});
   return {
       {"device", {{"timeZone", {{"identifier", "UTC"}, {"abbreviation", "UTC"}}}}},
       {"permissions", {{"calendarEvents", {{"status", 3}}}, {"reminders", {{"status", 3}}}}},
       {"calendars",
        {{"events",
-         {calendar("birthdays", true, 4, "contacts-stub", 5, 3),
+         {calendar("birthdays", true, 4, "contacts-stub", 5, 3), holidays,
           calendar("system-calendar", false, 0, "local-stub", 0, 3)}},
         {"reminders", {calendar("system-task-list", false, 0, "local-stub", 0, 0)}}}},
       {"events", {meeting, holiday, weekly, moved, fortnightly}},
@@ -256,14 +258,20 @@ void addItems(ESource* source, ECalClientSourceType type, const std::vector<std:
   e_util_free_nullable_object_slist(stored);
 }
 
-// The user's own address, as a mail account gives it: a source file that EDS
+// The user's mail account, which gives the user's own address, and a
+// subscribed calendar whose server does not answer: source files that EDS
 // reads when it starts, before the test's first question to it.
-void addMailIdentity(const char* address) {
+void addSources(const char* address) {
   const std::filesystem::path sources =
       std::filesystem::path(g_get_user_config_dir()) / "evolution" / "sources";
   std::filesystem::create_directories(sources);
   std::ofstream(sources / "me.source") << "[Data Source]\nDisplayName=Me\nEnabled=true\n\n"
                                        << "[Mail Identity]\nAddress=" << address << "\n";
+  std::ofstream(sources / "holidays.source")
+      << "[Data Source]\nDisplayName=Holidays\nEnabled=true\n\n"
+      << "[Calendar]\nBackendName=webcal\nColor=#ff0000\n\n"
+      << "[WebDAV Backend]\nResourcePath=/holidays.ics\nResourceQuery=\n\n"
+      << "[Authentication]\nHost=127.0.0.1\nPort=9\n";
 }
 
 json sortedRows(Element element) {
@@ -273,7 +281,7 @@ json sortedRows(Element element) {
 }
 
 TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
-  addMailIdentity("me@example.org");
+  addSources("me@example.org");
   GError* raw = nullptr;
   const GObjectRef<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &raw));
   const GErrorRef error(raw);
