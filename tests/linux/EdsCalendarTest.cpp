@@ -115,107 +115,21 @@ std::vector<std::string> taskItems() {
   };
 }
 
-// The same calendars, events and tasks, as a device profile describes them.
-// `movedModified`: when EDS says the moved occurrence last changed.
-json profile(std::int64_t movedModified) {
-  const auto calendar = [](const char* id, bool immutable, int type, const char* account,
-                           int accountType, int availabilities) {
-    return json{{"calendarIdentifier", id},
-                {"colorComponentCount", 4},
-                {"isImmutable", immutable},
-                {"type", type},
-                {"source",
-                 {{"sourceIdentifier", account}, {"sourceType", accountType}, {"title", account}}},
-                {"isSubscribed", false},
-                {"supportedEventAvailabilities", availabilities}};
-  };
-  const auto event = [](const char* uid, std::int64_t start, std::int64_t end) {
-    const std::string id = std::string("system-calendar/") + uid;
-    return json{{"calendarIdentifier", "system-calendar"},
-                {"eventIdentifier", id},
-                {"calendarItemIdentifier", id},
-                {"startDate", start},
-                {"endDate", end},
-                {"occurrenceDate", start},
-                {"creationDate", base - 10 * day},
-                {"lastModifiedDate", base - 5 * day}};
-  };
-  json meeting = event("meeting", base + 9 * hour, base + 10 * hour);
-  meeting.update({{"availability", 1},
-                  {"status", 1},
-                  {"hasNotes", true},
-                  {"hasAttendees", true},
-                  {"hasAlarms", true},
-                  {"location", "Room 1"},
-                  {"timeZone", "UTC"},
-                  {"attendeeCount", 2},
-                  {"organizer",
-                   {{"isCurrentUser", true},
-                    {"name", "Me"},
-                    {"participantRole", 3},
-                    {"participantStatus", 2},
-                    {"participantType", 1}}}});
-  json holiday = event("holiday", base + 2 * day, base + 3 * day);
-  holiday.update({{"isAllDay", true},
-                  {"status", 3},
-                  {"organizer",
-                   {{"isCurrentUser", false},
-                    {"participantRole", 0},
-                    {"participantStatus", 4},
-                    {"participantType", 4}}}});
-  const std::int64_t weeklyStart = inBerlin(base + 40 * day + 9 * hour);
-  json weekly = event("weekly", weeklyStart, weeklyStart + hour);
-  weekly.update(
-      {{"timeZone", "Europe/Berlin"}, {"recurrence", {{"frequency", "weekly"}, {"count", 39}}}});
-  const std::int64_t movedStart = inBerlin(lastWeekly + 2 * hour);
-  json moved = event("weekly", movedStart, movedStart + hour);
-  moved.update({{"timeZone", "Europe/Berlin"},
-                {"occurrenceDate", inBerlin(lastWeekly)},
-                {"isDetached", true},
-                {"hasRecurrenceRules", true},
-                {"lastModifiedDate", movedModified}});
-  json fortnightly =
-      event("fortnightly", base - 1200 * day + 12 * hour, base - 1200 * day + 13 * hour);
-  fortnightly.update(
-      {{"timeZone", "UTC"}, {"recurrence", {{"frequency", "weekly"}, {"interval", 2}}}});
-
-  const json taskA = {{"calendarIdentifier", "system-task-list"},
-                      {"calendarItemIdentifier", "system-task-list/task-a"},
-                      {"startDate", base},
-                      {"dueDate", base + 7 * day},
-                      {"isCompleted", true},
-                      {"completionDate", base + day},
-                      {"priority", 1},
-                      {"hasNotes", true},
-                      {"hasAttendees", true},
-                      {"hasAlarms", true},
-                      {"hasRecurrenceRules", true},
-                      {"location", "Shop"},
-                      {"creationDate", base - 10 * day},
-                      {"lastModifiedDate", base - 5 * day},
-                      {"timeZone", "UTC"},
-                      {"attendeeCount", 1}};
-  const json taskB = {{"calendarIdentifier", "system-task-list"},
-                      {"calendarItemIdentifier", "system-task-list/task-b"},
-                      {"dueDate", inBerlin(base + 3 * day + 17 * hour)},
-                      {"isCompleted", true},
-                      {"priority", 5},
-                      {"creationDate", base - 10 * day},
-                      {"lastModifiedDate", base - 5 * day},
-                      {"timeZone", "Europe/Berlin"}};
-  json holidays = calendar("holidays", true, 3, "", 0, 3);
-  holidays.update({{"source", nullptr}, {"isSubscribed", true}});
-  return {
-      {"device", {{"timeZone", {{"identifier", "UTC"}, {"abbreviation", "UTC"}}}}},
-      {"permissions", {{"calendarEvents", {{"status", 3}}}, {"reminders", {{"status", 3}}}}},
-      {"calendars",
-       {{"events",
-         {calendar("birthdays", true, 4, "contacts-stub", 5, 3), holidays,
-          calendar("system-calendar", false, 0, "local-stub", 0, 3)}},
-        {"reminders", {calendar("system-task-list", false, 0, "local-stub", 0, 0)}}}},
-      {"events", {meeting, holiday, weekly, moved, fortnightly}},
-      {"reminders", {taskA, taskB}},
-  };
+// Dates of the profile that describes the same items
+// (tests/data/linux/calendars-profile.json, a template): a number is that many seconds
+// after `base`, {"berlin": N} the instant a Berlin wall clock shows base + N.
+void resolveDates(json& value, std::int64_t movedModified) {
+  for (auto& [key, member] : value.items()) {
+    if (member.is_object() && member.contains("berlin")) {
+      member = inBerlin(base + member["berlin"].get<std::int64_t>());
+    } else if (member == "stamped by EDS") {
+      member = movedModified;
+    } else if (key.ends_with("Date") && member.is_number()) {
+      member = base + member.get<std::int64_t>();
+    } else if (member.is_structured()) {
+      resolveDates(member, movedModified);
+    }
+  }
 }
 
 // Adds the items to a built-in calendar or task list through EDS's own client,
@@ -309,7 +223,9 @@ TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
     phone.events().requestAccess(type, [](bool granted, auto) { ASSERT_TRUE(granted); });
   }
   const testing_support::TemporaryDirectory directory;
-  std::ofstream(directory / "profile.json") << profile(movedModified).dump();
+  json profile = json::parse(std::ifstream(TAVRIN_TEST_DATA_DIR "/linux/calendars-profile.json"));
+  resolveDates(profile, movedModified);
+  std::ofstream(directory / "profile.json") << profile.dump();
   const auto described = platform::ProfilePlatform::load((directory / "profile.json").string());
 
   EXPECT_EQ(sectionValues(CalendarExtractor(phone).extract()),
