@@ -9,6 +9,7 @@
 #include "extractors/CalendarReminderExtractor.hpp"
 #include "platform/linux/GObjectRef.hpp"
 #include "platform/linux/LinuxPlatform.hpp"
+#include "platform/linux/edsCalendarItem.hpp"
 
 #include "SectionJson.hpp"
 #include "TemporaryDirectory.hpp"
@@ -22,6 +23,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace tavrin {
 namespace {
@@ -101,112 +103,33 @@ std::vector<std::string> taskItems() {
   return {
       item("VTODO", "UID:task-a\r\nDTSTART:" + utc(base) + "\r\nDUE;VALUE=DATE:" +
                         date(base + 7 * day) + "\r\nCOMPLETED:" + utc(base + day) +
-                        "\r\nSTATUS:COMPLETED\r\nPRIORITY:1\r\nDESCRIPTION:steps\r\n"
+                        "\r\nPRIORITY:1\r\nDESCRIPTION:steps\r\n"
                         "LOCATION:Shop\r\nATTENDEE:mailto:you@example.org\r\n"
                         "RRULE:FREQ=WEEKLY\r\n" +
                         alarm),
-      item("VTODO", "UID:task-b\r\nSUMMARY:call\r\nDUE;TZID=Europe/Berlin:" +
-                        wall(base + 3 * day + 17 * hour) + "\r\n"),
+      // Done, without saying when.
+      item("VTODO",
+           "UID:task-b\r\nSUMMARY:call\r\nSTATUS:COMPLETED\r\nPRIORITY:5\r\n"
+           "DUE;TZID=Europe/Berlin:" +
+               wall(base + 3 * day + 17 * hour) + "\r\n"),
   };
 }
 
-// The same calendars, events and tasks, as a device profile describes them.
-// `movedModified`: when EDS says the moved occurrence last changed.
-json profile(std::int64_t movedModified) {
-  const auto calendar = [](const char* id, bool immutable, int type, const char* account,
-                           int accountType, int availabilities) {
-    return json{{"calendarIdentifier", id},
-                {"colorComponentCount", 4},
-                {"isImmutable", immutable},
-                {"type", type},
-                {"source",
-                 {{"sourceIdentifier", account}, {"sourceType", accountType}, {"title", account}}},
-                {"isSubscribed", false},
-                {"supportedEventAvailabilities", availabilities}};
-  };
-  const auto event = [](const char* uid, std::int64_t start, std::int64_t end) {
-    const std::string id = std::string("system-calendar/") + uid;
-    return json{{"calendarIdentifier", "system-calendar"},
-                {"eventIdentifier", id},
-                {"calendarItemIdentifier", id},
-                {"startDate", start},
-                {"endDate", end},
-                {"occurrenceDate", start},
-                {"creationDate", base - 10 * day},
-                {"lastModifiedDate", base - 5 * day}};
-  };
-  json meeting = event("meeting", base + 9 * hour, base + 10 * hour);
-  meeting.update({{"availability", 1},
-                  {"status", 1},
-                  {"hasNotes", true},
-                  {"hasAttendees", true},
-                  {"hasAlarms", true},
-                  {"location", "Room 1"},
-                  {"timeZone", "UTC"},
-                  {"attendeeCount", 2},
-                  {"organizer",
-                   {{"isCurrentUser", true},
-                    {"name", "Me"},
-                    {"participantRole", 3},
-                    {"participantStatus", 2},
-                    {"participantType", 1}}}});
-  json holiday = event("holiday", base + 2 * day, base + 3 * day);
-  holiday.update({{"isAllDay", true},
-                  {"status", 3},
-                  {"organizer",
-                   {{"isCurrentUser", false},
-                    {"participantRole", 0},
-                    {"participantStatus", 4},
-                    {"participantType", 4}}}});
-  const std::int64_t weeklyStart = inBerlin(base + 40 * day + 9 * hour);
-  json weekly = event("weekly", weeklyStart, weeklyStart + hour);
-  weekly.update(
-      {{"timeZone", "Europe/Berlin"}, {"recurrence", {{"frequency", "weekly"}, {"count", 39}}}});
-  const std::int64_t movedStart = inBerlin(lastWeekly + 2 * hour);
-  json moved = event("weekly", movedStart, movedStart + hour);
-  moved.update({{"timeZone", "Europe/Berlin"},
-                {"occurrenceDate", inBerlin(lastWeekly)},
-                {"isDetached", true},
-                {"hasRecurrenceRules", true},
-                {"lastModifiedDate", movedModified}});
-  json fortnightly =
-      event("fortnightly", base - 1200 * day + 12 * hour, base - 1200 * day + 13 * hour);
-  fortnightly.update(
-      {{"timeZone", "UTC"}, {"recurrence", {{"frequency", "weekly"}, {"interval", 2}}}});
-
-  const json taskA = {{"calendarIdentifier", "system-task-list"},
-                      {"calendarItemIdentifier", "system-task-list/task-a"},
-                      {"startDate", base},
-                      {"dueDate", base + 7 * day},
-                      {"isCompleted", true},
-                      {"completionDate", base + day},
-                      {"priority", 1},
-                      {"hasNotes", true},
-                      {"hasAttendees", true},
-                      {"hasAlarms", true},
-                      {"hasRecurrenceRules", true},
-                      {"location", "Shop"},
-                      {"creationDate", base - 10 * day},
-                      {"lastModifiedDate", base - 5 * day},
-                      {"timeZone", "UTC"},
-                      {"attendeeCount", 1}};
-  const json taskB = {{"calendarIdentifier", "system-task-list"},
-                      {"calendarItemIdentifier", "system-task-list/task-b"},
-                      {"dueDate", inBerlin(base + 3 * day + 17 * hour)},
-                      {"creationDate", base - 10 * day},
-                      {"lastModifiedDate", base - 5 * day},
-                      {"timeZone", "Europe/Berlin"}};
-  return {
-      {"device", {{"timeZone", {{"identifier", "UTC"}, {"abbreviation", "UTC"}}}}},
-      {"permissions", {{"calendarEvents", {{"status", 3}}}, {"reminders", {{"status", 3}}}}},
-      {"calendars",
-       {{"events",
-         {calendar("birthdays", true, 4, "contacts-stub", 5, 3),
-          calendar("system-calendar", false, 0, "local-stub", 0, 3)}},
-        {"reminders", {calendar("system-task-list", false, 0, "local-stub", 0, 0)}}}},
-      {"events", {meeting, holiday, weekly, moved, fortnightly}},
-      {"reminders", {taskA, taskB}},
-  };
+// Dates of the profile that describes the same items
+// (tests/data/linux/calendars-profile.json, a template): a number is that many seconds
+// after `base`, {"berlin": N} the instant a Berlin wall clock shows base + N.
+void resolveDates(json& value, std::int64_t movedModified) {
+  for (auto& [key, member] : value.items()) {
+    if (member.is_object() && member.contains("berlin")) {
+      member = inBerlin(base + member["berlin"].get<std::int64_t>());
+    } else if (member == "stamped by EDS") {
+      member = movedModified;
+    } else if (key.ends_with("Date") && member.is_number()) {
+      member = base + member.get<std::int64_t>();
+    } else if (member.is_structured()) {
+      resolveDates(member, movedModified);
+    }
+  }
 }
 
 // Adds the items to a built-in calendar or task list through EDS's own client,
@@ -250,14 +173,20 @@ void addItems(ESource* source, ECalClientSourceType type, const std::vector<std:
   e_util_free_nullable_object_slist(stored);
 }
 
-// The user's own address, as a mail account gives it: a source file that EDS
+// The user's mail account, which gives the user's own address, and a
+// subscribed calendar whose server does not answer: source files that EDS
 // reads when it starts, before the test's first question to it.
-void addMailIdentity(const char* address) {
+void addSources(const char* address) {
   const std::filesystem::path sources =
       std::filesystem::path(g_get_user_config_dir()) / "evolution" / "sources";
   std::filesystem::create_directories(sources);
   std::ofstream(sources / "me.source") << "[Data Source]\nDisplayName=Me\nEnabled=true\n\n"
                                        << "[Mail Identity]\nAddress=" << address << "\n";
+  std::ofstream(sources / "holidays.source")
+      << "[Data Source]\nDisplayName=Holidays\nEnabled=true\n\n"
+      << "[Calendar]\nBackendName=webcal\nColor=#ff0000\n\n"
+      << "[WebDAV Backend]\nResourcePath=/holidays.ics\nResourceQuery=\n\n"
+      << "[Authentication]\nHost=127.0.0.1\nPort=9\n";
 }
 
 json sortedRows(Element element) {
@@ -266,8 +195,17 @@ json sortedRows(Element element) {
   return rows;
 }
 
+// The rows of one sorted list that the other lacks, which a failure shows
+// rather than hundreds of occurrences.
+json missingFrom(const json& others, const json& rows) {
+  json missing = json::array();
+  std::set_difference(rows.begin(), rows.end(), others.begin(), others.end(),
+                      std::back_inserter(missing));
+  return missing;
+}
+
 TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
-  addMailIdentity("me@example.org");
+  addSources("me@example.org");
   GError* raw = nullptr;
   const GObjectRef<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &raw));
   const GErrorRef error(raw);
@@ -285,16 +223,66 @@ TEST(EdsCalendars, RowsMatchTheProfileOfTheSameItems) {
     phone.events().requestAccess(type, [](bool granted, auto) { ASSERT_TRUE(granted); });
   }
   const testing_support::TemporaryDirectory directory;
-  std::ofstream(directory / "profile.json") << profile(movedModified).dump();
+  json profile = json::parse(std::ifstream(TAVRIN_TEST_DATA_DIR "/linux/calendars-profile.json"));
+  resolveDates(profile, movedModified);
+  std::ofstream(directory / "profile.json") << profile.dump();
   const auto described = platform::ProfilePlatform::load((directory / "profile.json").string());
 
   EXPECT_EQ(sectionValues(CalendarExtractor(phone).extract()),
             sectionValues(CalendarExtractor(*described).extract()));
   const json rows = sortedRows(CalendarEventExtractor("CalendarEvents", phone).extract());
-  EXPECT_EQ(rows, sortedRows(CalendarEventExtractor("CalendarEvents", *described).extract()));
+  const json expected = sortedRows(CalendarEventExtractor("CalendarEvents", *described).extract());
+  EXPECT_TRUE(rows == expected) << "only on Linux: " << missingFrom(expected, rows)
+                                << "\nonly in the profile: " << missingFrom(rows, expected);
   EXPECT_GT(rows.size(), 40U + 52U);  // the weekly series and two years of fortnights each way
   EXPECT_EQ(sectionValues(CalendarReminderExtractor("CalendarReminders", phone).extract()),
             sectionValues(CalendarReminderExtractor("CalendarReminders", *described).extract()));
+}
+
+// Each value of the participant and event parameters, as the calendar port
+// numbers them. The organizer's own parameters win over those of its attendee
+// entry, whose address matches whatever its case; iCalendar's default kind is a
+// person.
+TEST(EdsCalendars, ParametersMapToThePortsRawValues) {
+  struct Case {
+    std::string lines;
+    std::int64_t availability, status, role, participantStatus, kind;
+    bool me;
+  };
+  const Case cases[] = {
+      {"ORGANIZER;ROLE=REQ-PARTICIPANT;PARTSTAT=NEEDS-ACTION;CUTYPE=INDIVIDUAL:mailto:a@x\r\n"
+       "STATUS:TENTATIVE\r\nTRANSP:OPAQUE\r\n",
+       0, 2, 1, 1, 1, true},
+      {"ORGANIZER;ROLE=OPT-PARTICIPANT;PARTSTAT=DECLINED;CUTYPE=RESOURCE:mailto:b@x\r\n"
+       "STATUS:CONFIRMED\r\nTRANSP:TRANSPARENT\r\n",
+       1, 1, 2, 3, 3, false},
+      {"ORGANIZER;ROLE=NON-PARTICIPANT;PARTSTAT=DELEGATED;CUTYPE=ROOM:mailto:A@X\r\n"
+       "STATUS:CANCELLED\r\n",
+       0, 3, 4, 5, 2, true},
+      {"ORGANIZER;ROLE=CHAIR;PARTSTAT=COMPLETED;CUTYPE=GROUP:mailto:b@x\r\n", 0, 0, 3, 6, 4, false},
+      {"ORGANIZER;PARTSTAT=IN-PROCESS;CUTYPE=UNKNOWN:mailto:b@x\r\n", 0, 0, 0, 7, 0, false},
+      {"ORGANIZER;PARTSTAT=INPROCESS;ROLE=X-HOST:mailto:b@x\r\n", 0, 0, 0, 7, 1, false},
+      {"ORGANIZER;PARTSTAT=ACCEPTED:mailto:b@x\r\n"
+       "ATTENDEE;ROLE=OPT-PARTICIPANT;PARTSTAT=DECLINED;CUTYPE=ROOM:mailto:B@x\r\n",
+       0, 0, 2, 2, 2, false},
+      {"ORGANIZER:mailto:b@x\r\nATTENDEE;ROLE=CHAIR:mailto:c@x\r\n", 0, 0, 0, 0, 1, false},
+  };
+  const platform::CalendarItemContext context{
+      nullptr, "calendar", i_cal_timezone_get_utc_timezone(), {"a@x"}};
+  for (const Case& c : cases) {
+    const std::string text =
+        "BEGIN:VEVENT\r\nUID:u\r\nDTSTART:20260101T090000Z\r\n" + c.lines + "END:VEVENT\r\n";
+    const GObjectRef<ICalComponent> component(i_cal_component_new_from_string(text.c_str()));
+    const GObjectRef<ICalTime> start(i_cal_component_get_dtstart(component.get()));
+    const auto event =
+        platform::eventFromComponent(component.get(), start.get(), start.get(), context);
+    ASSERT_TRUE(event.organizer) << c.lines;
+    EXPECT_EQ(std::tuple(event.availability, event.status, event.organizer->participantRole,
+                         event.organizer->participantStatus, event.organizer->participantType,
+                         event.organizer->isCurrentUser),
+              std::tuple(c.availability, c.status, c.role, c.participantStatus, c.kind, c.me))
+        << c.lines;
+  }
 }
 
 }  // namespace

@@ -125,6 +125,20 @@ std::int64_t kindOf(ICalParameterCutype kind) {
   }
 }
 
+// libical spells "in process" INPROCESS and reads the standard IN-PROCESS as
+// a value it does not know, whose text it keeps.
+ICalParameterPartstat partstatOf(const ICalParameter* parameter) {
+  const ICalParameterPartstat status = i_cal_parameter_get_partstat(parameter);
+  // The getter only reads, though its pointer is not const.
+  const char* text = status == I_CAL_PARTSTAT_X
+                         ? i_cal_parameter_get_xvalue(const_cast<ICalParameter*>(parameter))
+                         : nullptr;
+  if (text != nullptr && g_ascii_strcasecmp(text, "IN-PROCESS") == 0) {
+    return I_CAL_PARTSTAT_INPROCESS;
+  }
+  return status;
+}
+
 // The parameter of a participant property; absent when it has none.
 template <typename Value>
 std::optional<Value> parameter(ICalProperty* property, ICalParameterKind kind,
@@ -165,8 +179,8 @@ std::optional<Participant> organizerOf(ICalComponent* component,
   }
   participant.participantRole =
       roleOf(either(I_CAL_ROLE_PARAMETER, i_cal_parameter_get_role).value_or(I_CAL_ROLE_NONE));
-  participant.participantStatus = statusOf(
-      either(I_CAL_PARTSTAT_PARAMETER, i_cal_parameter_get_partstat).value_or(I_CAL_PARTSTAT_NONE));
+  participant.participantStatus =
+      statusOf(either(I_CAL_PARTSTAT_PARAMETER, partstatOf).value_or(I_CAL_PARTSTAT_NONE));
   participant.participantType = kindOf(
       either(I_CAL_CUTYPE_PARAMETER, i_cal_parameter_get_cutype).value_or(I_CAL_CUTYPE_INDIVIDUAL));
   return participant;
