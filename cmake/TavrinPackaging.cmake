@@ -27,6 +27,17 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME tavrinsdk)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# What the Linux stores read at run time besides the libraries they link:
+# GStreamer's demuxers for the headers of videos, and the provider database
+# for the country of a carrier.
+set(tavrin_runtime_recommends)
+if(TAVRIN_WITH_MEDIA)
+  list(APPEND tavrin_runtime_recommends gstreamer1.0-plugins-base gstreamer1.0-plugins-good)
+endif()
+if(TAVRIN_WITH_MODEMMANAGER)
+  list(APPEND tavrin_runtime_recommends mobile-broadband-provider-info)
+endif()
+list(JOIN tavrin_runtime_recommends ", " CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME tavrinsdk-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tavrin-tools)
@@ -34,7 +45,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 # The static library, its CMake package and the pkg-config file's
 # Requires.private name these libraries' development files.
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
-  "zlib1g-dev, libdeflate-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev")
+  "zlib1g-dev, libdeflate-dev, liblzma-dev, liblz4-dev, libcurl4-openssl-dev | libcurl-dev, libicu-dev, libssl-dev${tavrin_optional_dev_packages}")
 
 include(CPack)
 cpack_add_component(runtime

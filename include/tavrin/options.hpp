@@ -34,6 +34,13 @@ class TAVRIN_EXPORT ServiceOptions {
   /// The device to read; null for the Linux machine the library runs on.
   const std::shared_ptr<platform::Platform>& platform() const noexcept;
 
+  /// Decides access to the personal data stores of the default Linux platform, whose
+  /// system asks the user nothing (see platform::ConsentCallback). Ignored when a
+  /// platform is set. Default (empty): every store not yet answered is denied.
+  ServiceOptions& setConsent(platform::ConsentCallback consent);
+  /// The consent callback; empty for none.
+  const platform::ConsentCallback& consent() const noexcept;
+
   /// A PEM file of CA certificates trusted instead of the system store. Default
   /// (empty): the system store. Server certificates are always verified.
   ServiceOptions& setCaFile(std::string path);

@@ -4,6 +4,7 @@ namespace tavrin {
 
 struct ServiceOptions::Settings {
   std::shared_ptr<platform::Platform> platform;
+  platform::ConsentCallback consent;
   std::string caFile;
   std::vector<std::string> resolve;
   std::string pinnedPublicKey;
@@ -26,6 +27,10 @@ ServiceOptions& ServiceOptions::operator=(const ServiceOptions& other) {
 
 ServiceOptions& ServiceOptions::setPlatform(std::shared_ptr<platform::Platform> platform) {
   _settings->platform = std::move(platform);
+  return *this;
+}
+ServiceOptions& ServiceOptions::setConsent(platform::ConsentCallback consent) {
+  _settings->consent = std::move(consent);
   return *this;
 }
 ServiceOptions& ServiceOptions::setCaFile(std::string caFile) {
@@ -63,6 +68,9 @@ ServiceOptions& ServiceOptions::setUserAgent(std::string userAgent) {
 
 const std::shared_ptr<platform::Platform>& ServiceOptions::platform() const noexcept {
   return _settings->platform;
+}
+const platform::ConsentCallback& ServiceOptions::consent() const noexcept {
+  return _settings->consent;
 }
 const std::string& ServiceOptions::caFile() const noexcept { return _settings->caFile; }
 const std::vector<std::string>& ServiceOptions::resolve() const noexcept {

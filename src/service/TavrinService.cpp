@@ -28,7 +28,7 @@ std::string TavrinService::previewDataset() { return _tavrinService->previewData
 
 std::string previewDataset(const ServiceOptions& options) {
   checkDeadline(options);
-  const auto device = options.platform() ? options.platform() : platform::makeLinuxPlatform();
+  const auto device = chosenPlatform(options);
   DataExtractorManager manager(device);
   const RunEvents events(options.observer(), options.log());
   manager.setEvents(events);

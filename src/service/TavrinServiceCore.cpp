@@ -13,10 +13,6 @@
 namespace tavrin {
 namespace {
 
-std::shared_ptr<platform::Platform> platformOrLinux(std::shared_ptr<platform::Platform> chosen) {
-  return chosen ? std::move(chosen) : platform::makeLinuxPlatform();
-}
-
 // The run's deadline and cancel flag, and its stop state on this thread, from
 // the first step of a run to its end; then the object is free for the next run.
 class RunFrame {
@@ -40,6 +36,11 @@ class RunFrame {
 
 }  // namespace
 
+std::shared_ptr<platform::Platform> chosenPlatform(const ServiceOptions& options) {
+  if (options.platform()) return options.platform();
+  return platform::makeLinuxPlatform({}, options.consent());
+}
+
 void checkDeadline(const ServiceOptions& options) {
   if (options.deadline().count() < 0) {
     throw TavrinError(ErrorType::invalidInput, "Deadline must not be negative");
@@ -48,7 +49,7 @@ void checkDeadline(const ServiceOptions& options) {
 
 TavrinServiceCore::TavrinServiceCore(std::string url, std::string authKey,
                                      const ServiceOptions& options, RunEngines engines)
-    : _platform(platformOrLinux(options.platform())),
+    : _platform(chosenPlatform(options)),
       _events(options.observer(), options.log()),
       _deadline(options.deadline()),
       _deflateEngine(engines.deflate),

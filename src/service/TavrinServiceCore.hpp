@@ -26,6 +26,10 @@ struct RunEngines {
   CurlTransport::Connections connections = CurlTransport::Connections::kept;
 };
 
+// The device a service reads: the options' platform, else the Linux machine
+// with the options' consent callback.
+std::shared_ptr<platform::Platform> chosenPlatform(const ServiceOptions& options);
+
 // The collection run behind TavrinService: owns the extraction manager and the
 // REST client, and drives permissions, uniqueness check, extraction, JSON,
 // compression, base64 and upload in that order. One run at a time, each under

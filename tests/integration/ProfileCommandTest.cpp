@@ -1,12 +1,14 @@
 // `tavrin profile generate` run as a process: the file and standard output get
 // the same loadable phone, and bad options or an unwritable file fail with
-// their exit codes. `tavrin dataset` on what is not a profile.
+// their exit codes. `tavrin dataset` on what is not a profile, and on this
+// machine with the answers --grant gives.
 
 #include "ToolProcess.hpp"
 
 #include "platform/profile/DeviceProfileReader.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <sys/stat.h>
 
@@ -73,6 +75,45 @@ TEST(DatasetCommand, RefusesWhatIsNotAProfileInOneLine) {
       return static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) >= 0x80;
     })) << run.errors;
   }
+}
+
+// Runs one after another on this machine, two applications' state homes apart:
+// --grant answers only the stores not yet decided, and what ask and all
+// answer is kept, whereas none answers nothing.
+TEST(DatasetCommand, GrantAnswersTheStoresNotYetDecidedAndKeepsTheAnswers) {
+#ifndef TAVRIN_WITH_EDS
+  GTEST_SKIP() << "built without a store that asks for consent";
+#endif
+  struct Run {
+    const char* home;
+    const char* grant;
+    const char* input;
+    int contacts;  // the contacts' flag in the permissions section
+    bool asked;    // whether the contacts were asked about
+  };
+  const Run runs[] = {
+      {"a", "none", "", 0, false}, {"a", "ask", "n\nn\nn\nn\n", 0, true},
+      {"a", "all", "", 0, false},  {"b", "ask", "y\ny\ny\ny\n", 1, true},
+      {"b", "none", "", 1, false}, {"b", "ask", "", 1, false},
+      {"c", "all", "", 1, false},
+  };
+  const testing_support::TemporaryDirectory state;
+  for (const Run& run : runs) {
+    // No desktop service answers: the stores fail to read, and only their
+    // permissions tell the answers.
+    const auto result = runTool({"dataset", "--grant", run.grant}, run.input, {},
+                                {"XDG_STATE_HOME=" + (state / run.home).string(),
+                                 "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    const auto document = nlohmann::json::parse(result.output);
+    const auto& permissions = document.back().at("Permissions");
+    EXPECT_EQ(permissions.at(2), nlohmann::json::parse(R"(["NSContactsUsageDescription",)" +
+                                                       std::to_string(run.contacts) + "]"))
+        << run.home << ' ' << run.grant;
+    EXPECT_EQ(result.errors.find("allow reading the contacts?") != std::string::npos, run.asked)
+        << run.home << ' ' << run.grant << ": " << result.errors;
+  }
+  EXPECT_EQ(runTool({"dataset", "--grant", "some"}).exitCode, 2);
 }
 
 }  // namespace

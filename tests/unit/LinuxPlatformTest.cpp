@@ -1,5 +1,8 @@
 #include "platform/linux/LinuxPlatform.hpp"
 #include "platform/linux/VendorIdentifier.hpp"
+#include "platform/linux/userDirectories.hpp"
+
+#include "TemporaryDirectory.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/statvfs.h>
@@ -10,6 +13,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <stdexcept>
 
 namespace tavrin::platform {
 namespace {
@@ -102,17 +106,36 @@ TEST(LinuxPlatform, LibraryBundleHoldsOnlyTheBuildsSdkIdentifier) {
   EXPECT_EQ(device.libraryBundleString("CFBundleIdentifier"), std::nullopt);
 }
 
-// The stores are never read behind a restricted status, so only the status
-// and the prompts matter.
-TEST(LinuxPlatform, StoresAreRestrictedAndPromptsRefused) {
+// The stores the build cannot read are restricted; the address book, when the
+// build reads it, waits for the host's consent, which without a consent
+// callback is no. A restricted store is never read, and its prompt is refused.
+TEST(LinuxPlatform, StoresWithoutConsentAreNotRead) {
   const auto platform = makeLinuxPlatform("app");
+#ifdef TAVRIN_WITH_EDS
+  const std::int64_t contacts = AuthorizationStatus::notDetermined;
+#else
+  const std::int64_t contacts = AuthorizationStatus::restricted;
+#endif
+#ifdef TAVRIN_WITH_MEDIA
+  const std::int64_t photos = AuthorizationStatus::notDetermined;
+  const std::int64_t photosAnswer = AuthorizationStatus::denied;
+#else
+  const std::int64_t photos = AuthorizationStatus::restricted;
+  const std::int64_t photosAnswer = AuthorizationStatus::restricted;
+#endif
+#ifdef TAVRIN_WITH_ECAL
+  const std::int64_t events = AuthorizationStatus::notDetermined;
+#else
+  const std::int64_t events = AuthorizationStatus::restricted;
+#endif
   for (const std::int64_t type : {0, 1, 2, -1}) {
-    EXPECT_EQ(platform->contacts().authorizationStatus(type), AuthorizationStatus::restricted);
-    EXPECT_EQ(platform->events().authorizationStatus(type), AuthorizationStatus::restricted);
+    EXPECT_EQ(platform->contacts().authorizationStatus(type), contacts);
+    const bool calendarType = type == EntityType::event || type == EntityType::reminder;
+    EXPECT_EQ(platform->events().authorizationStatus(type),
+              calendarType ? events : AuthorizationStatus::restricted);
   }
-  EXPECT_EQ(platform->photos().authorizationStatus(), AuthorizationStatus::restricted);
+  EXPECT_EQ(platform->photos().authorizationStatus(), photos);
 
-  // Prompts are never called for, and refused at once if they are.
   int refusals = 0;
   const AccessHandler refused = [&](bool granted, std::optional<PlatformError> error) {
     refusals += !granted && !error ? 1 : 0;
@@ -122,7 +145,127 @@ TEST(LinuxPlatform, StoresAreRestrictedAndPromptsRefused) {
   std::optional<std::int64_t> status;
   platform->photos().requestAuthorization([&](std::int64_t s) { status = s; });
   EXPECT_EQ(refusals, 2);
-  EXPECT_EQ(status, AuthorizationStatus::restricted);
+  EXPECT_EQ(status, photosAnswer);
+  EXPECT_EQ(platform->photos().authorizationStatus(), photosAnswer);
+  EXPECT_NE(platform->contacts().authorizationStatus(0), AuthorizationStatus::authorized);
+}
+
+// The host is asked once per store; a real answer is kept in the application's
+// file for the next run, whereas no callback, or one that throws, has not
+// answered: denied now, and not determined again in the next run.
+TEST(HostConsent, AsksOncePerStoreAndKeepsRealAnswersForTheNextRun) {
+  struct Case {
+    const char* name;
+    std::function<bool(const std::string&)> answer;
+    std::int64_t now;
+    std::int64_t nextRun;
+  };
+  const Case cases[] = {
+      {"no callback", nullptr, AuthorizationStatus::denied, AuthorizationStatus::notDetermined},
+      {"yes to contacts", [](const std::string& s) { return s == "contacts"; },
+       AuthorizationStatus::authorized, AuthorizationStatus::authorized},
+      {"yes to others", [](const std::string& s) { return s != "contacts"; },
+       AuthorizationStatus::denied, AuthorizationStatus::denied},
+      {"throws", [](const std::string&) -> bool { throw std::runtime_error("no"); },
+       AuthorizationStatus::denied, AuthorizationStatus::notDetermined},
+  };
+  for (const Case& c : cases) {
+    const testing_support::TemporaryDirectory state;
+    const auto file = HostConsent::fileFor(state.path(), "com.example.notes");
+    int asked = 0;
+    ConsentCallback callback;
+    if (c.answer) callback = [&](const std::string& s) { return ++asked, c.answer(s); };
+    const auto host = std::make_shared<HostConsent>(callback, file);
+    const StoreConsent contacts("contacts", host);
+    EXPECT_EQ(contacts.status(), AuthorizationStatus::notDetermined) << c.name;
+    for (int round = 0; round < 2; ++round) {
+      std::optional<bool> granted;
+      contacts.request([&](bool answer, std::optional<PlatformError>) { granted = answer; });
+      EXPECT_EQ(granted, c.now == AuthorizationStatus::authorized) << c.name;
+      EXPECT_EQ(contacts.status(), c.now) << c.name;
+    }
+    EXPECT_EQ(asked, c.answer ? 1 : 0) << c.name;
+    EXPECT_EQ(host->status("photos"), AuthorizationStatus::notDetermined) << c.name;
+    EXPECT_EQ(HostConsent({}, file).status("contacts"), c.nextRun) << c.name;
+    EXPECT_EQ(HostConsent({}, HostConsent::fileFor(state.path(), "other")).status("contacts"),
+              AuthorizationStatus::notDetermined)
+        << c.name;
+  }
+}
+
+// Answers about different stores, given by two objects of one application,
+// add up in its file; one that cannot be written still holds for the object.
+TEST(HostConsent, AnswersOfOneApplicationAddUpAndOutliveAFileThatCannotBeWritten) {
+  const testing_support::TemporaryDirectory state;
+  const auto file = HostConsent::fileFor(state.path(), "app");
+  const auto yes = [](const std::string&) { return true; };
+  const auto no = [](const std::string&) { return false; };
+  HostConsent first(yes, file);
+  HostConsent second(no, file);
+  first.request("contacts");
+  second.request("photos");
+  const HostConsent later({}, file);
+  EXPECT_EQ(later.status("contacts"), AuthorizationStatus::authorized);
+  EXPECT_EQ(later.status("photos"), AuthorizationStatus::denied);
+
+  std::ofstream(state / "plain-file") << "x";
+  const auto unwritable = HostConsent::fileFor(state / "plain-file", "app");
+  HostConsent kept(yes, unwritable);
+  EXPECT_EQ(kept.request("contacts"), AuthorizationStatus::authorized);
+  EXPECT_EQ(kept.status("contacts"), AuthorizationStatus::authorized);
+  EXPECT_EQ(HostConsent({}, unwritable).status("contacts"), AuthorizationStatus::notDetermined);
+}
+
+// The file of an application is named after it, and always within the
+// consent folder: a name cannot climb out of it, hide, or exceed a file name.
+TEST(HostConsent, FileIsNamedAfterTheApplicationWithinTheConsentFolder) {
+  struct Case {
+    std::string stateHome, application, file;
+  };
+  const Case cases[] = {
+      {"/s", "com.example.Notes-2_b", "/s/tavrinsdk/consent/com.example.Notes-2_b"},
+      {"/s", "../up/x", "/s/tavrinsdk/consent/%2E.%2Fup%2Fx"},
+      {"/s", ".hidden", "/s/tavrinsdk/consent/%2Ehidden"},
+      {"/s", "caf\xc3\xa9 app", "/s/tavrinsdk/consent/caf%C3%A9%20app"},
+      {"/s", std::string(255, 'a'), "/s/tavrinsdk/consent/" + std::string(255, 'a')},
+      {"/s", std::string(254, 'a') + "/", ""},
+      {"", "app", ""},
+      {"/s", "", ""},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(HostConsent::fileFor(c.stateHome, c.application).string(), c.file) << c.application;
+  }
+}
+
+// The state home follows XDG_STATE_HOME when it is absolute, else the home.
+TEST(UserDirectories, StateHomeIsAnAbsoluteXdgStateHomeElseInTheHome) {
+  struct Case {
+    const char* xdgStateHome;
+    const char* home;
+    const char* stateHome;
+  };
+  const Case cases[] = {
+      {"/var/state", "/h", "/var/state"},
+      {"relative/state", "/h", "/h/.local/state"},
+      {nullptr, "/h", "/h/.local/state"},
+  };
+  const auto keep = [](const char* name) {
+    const char* value = std::getenv(name);
+    return value ? std::optional<std::string>(value) : std::nullopt;
+  };
+  const auto restore = [](const char* name, const std::optional<std::string>& value) {
+    value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+  };
+  const auto oldState = keep("XDG_STATE_HOME");
+  const auto oldHome = keep("HOME");
+  for (const Case& c : cases) {
+    restore("XDG_STATE_HOME",
+            c.xdgStateHome ? std::optional<std::string>(c.xdgStateHome) : std::nullopt);
+    setenv("HOME", c.home, 1);
+    EXPECT_EQ(stateHome().string(), c.stateHome) << (c.xdgStateHome ? c.xdgStateHome : "unset");
+  }
+  restore("XDG_STATE_HOME", oldState);
+  restore("HOME", oldHome);
 }
 
 TEST(LinuxPlatform, ClockReadsSecondsSince1970) {

@@ -26,7 +26,7 @@ struct CollectArguments {
   std::string key;
   std::string keyFile;
   std::string record;
-  std::string profile;
+  DeviceChoice device;
   std::string caFile;
   std::vector<std::string> resolve;
   double timeoutSeconds = 60.0;
@@ -120,8 +120,8 @@ int collect(const CollectArguments& arguments) {
                              ? nullptr
                              : std::make_shared<DatasetFile>(arguments.datasetOut);
     ServiceOptions options;
-    options.setPlatform(choosePlatform(arguments.profile))
-        .setCaFile(arguments.caFile)
+    chooseDevice(arguments.device, options);
+    options.setCaFile(arguments.caFile)
         .setResolve(arguments.resolve)
         .setRequestTimeout(milliseconds(arguments.timeoutSeconds))
         .setDeadline(milliseconds(arguments.deadlineSeconds))
@@ -173,10 +173,7 @@ Command addCollectCommand(CLI::App& app) {
       ->excludes(keyFile);
   options->add_option("--record", arguments->record, "Record number of this collection")
       ->required();
-  options
-      ->add_option("--profile", arguments->profile,
-                   "Device profile to read instead of this Linux machine")
-      ->check(CLI::ExistingFile);
+  addDeviceOptions(*options, arguments->device);
   options
       ->add_option("--ca-file", arguments->caFile,
                    "PEM file of CA certificates to trust instead of the system store")

@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <tavrin/platform/Platform.hpp>
+#include <tavrin/options.hpp>
 
 #include <functional>
 #include <memory>
@@ -28,9 +28,17 @@ constexpr int tavrinErrorBase = 10;  // plus the error kind's raw value
 constexpr int jsonWrite = 20;
 }  // namespace ExitCode
 
-// The platform a subcommand reads: the device profile when one is named, the
-// Linux machine otherwise. Throws platform::DeviceProfileError.
-std::shared_ptr<platform::Platform> choosePlatform(const std::string& profilePath);
+// The device a subcommand reads: a device profile, or this Linux machine,
+// whose stores not yet decided `grant` answers ("all", "none" or "ask").
+struct DeviceChoice {
+  std::string profile;
+  std::string grant = "none";
+};
+// Adds --profile and --grant to a subcommand.
+void addDeviceOptions(CLI::App& command, DeviceChoice& choice);
+// Sets the profile's platform, or this machine's consent, on `options`.
+// Throws platform::DeviceProfileError.
+void chooseDevice(const DeviceChoice& choice, ServiceOptions& options);
 
 // Runs `step` (a collection, or what leads to one) and returns its exit code;
 // when it throws, prints the failure as one line on standard error ("error:

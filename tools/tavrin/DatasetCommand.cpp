@@ -12,19 +12,18 @@ namespace tavrin::tool {
 // the dataset exactly as a collection would upload it.
 Command addDatasetCommand(CLI::App& app) {
   struct Options {
-    std::string profile;
+    DeviceChoice device;
     bool pretty = false;
   };
   auto options = std::make_shared<Options>();
   auto* command = app.add_subcommand("dataset", "Print the dataset a collection would upload");
-  command->add_option("--profile", options->profile, "Device profile (default: this machine)")
-      ->check(CLI::ExistingFile);
+  addDeviceOptions(*command, options->device);
   command->add_flag("--pretty", options->pretty, "Indent the JSON for reading");
 
   return {command, [options] {
             return runReportingFailure([&options] {
               ServiceOptions device;
-              device.setPlatform(choosePlatform(options->profile));
+              chooseDevice(options->device, device);
               const std::string json = previewDataset(device);
               if (options->pretty) {
                 std::cout << nlohmann::json::parse(json).dump(2) << '\n';

@@ -26,4 +26,9 @@ struct PlatformError {
 /// May be called on any thread, exactly once.
 using AccessHandler = std::function<void(bool granted, std::optional<PlatformError> error)>;
 
+/// The host's answer to "may this application read `store`?" where the system asks the
+/// user nothing itself (Linux). `store` is "contacts", "calendars", "reminders" or "photos".
+/// Asked at most once per store until the answer is forgotten; true grants access.
+using ConsentCallback = std::function<bool(const std::string& store)>;
+
 }  // namespace tavrin::platform

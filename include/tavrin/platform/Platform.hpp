@@ -52,6 +52,10 @@ TAVRIN_EXPORT bool stopRequested() noexcept;
 /// Reads a few small system files (os-release, machine-id) before it returns; may be
 /// called on any thread; throws nothing but std::bad_alloc.
 TAVRIN_EXPORT std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier = {});
+/// The same, with the host's `consent` deciding access to the personal data stores; its
+/// answers are kept for the application in $XDG_STATE_HOME/tavrinsdk/consent/.
+TAVRIN_EXPORT std::shared_ptr<Platform> makeLinuxPlatform(std::string applicationIdentifier,
+                                                          ConsentCallback consent);
 
 /// Why a device profile could not be loaded: the file, the JSON pointer of the
 /// offending value ("" for the whole document) and the reason.

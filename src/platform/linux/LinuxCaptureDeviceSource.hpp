@@ -2,15 +2,12 @@
 
 #include <tavrin/platform/CaptureDeviceSource.hpp>
 
+#include <memory>
+
 namespace tavrin::platform {
 
-// Capture hardware is not described on Linux the way the data source reads it
-// (formats, lenses, zoom), so the platform reports a list with no devices.
-class LinuxCaptureDeviceSource final : public CaptureDeviceSource {
- public:
-  std::optional<std::vector<std::optional<CaptureDevice>>> devices() override {
-    return std::vector<std::optional<CaptureDevice>>{};
-  }
-};
+// The cameras of the Linux machine: its V4L2 capture devices when the library
+// is built with V4L2, else a list with no devices.
+std::unique_ptr<CaptureDeviceSource> makeLinuxCaptureDeviceSource();
 
 }  // namespace tavrin::platform

@@ -1,21 +1,16 @@
 #pragma once
 
-#include "platform/linux/RestrictedStore.hpp"
+#include "platform/linux/HostConsent.hpp"
 
 #include <tavrin/platform/ContactStore.hpp>
 
+#include <memory>
+
 namespace tavrin::platform {
 
-// Linux has no system address book: access is restricted, and there is nothing to read.
-class LinuxContactStore final : public RestrictedStore<ContactStore> {
- public:
-  std::optional<PlatformError> enumerateContacts(
-      const std::vector<std::string>&, const std::function<void(const Contact&)>&) override {
-    return std::nullopt;
-  }
-  std::variant<std::vector<ContactGroup>, PlatformError> groups() override {
-    return std::vector<ContactGroup>{};
-  }
-};
+// The address book of the Linux machine: Evolution Data Server's address books
+// when the library is built with its client, else a restricted store that holds
+// nothing. The host's `consent` decides access to the former.
+std::unique_ptr<ContactStore> makeLinuxContactStore(std::shared_ptr<HostConsent> consent);
 
 }  // namespace tavrin::platform

@@ -2,32 +2,22 @@
 
 #include "platform/linux/OsRelease.hpp"
 #include "platform/linux/VendorIdentifier.hpp"
+#include "platform/linux/hostApplication.hpp"
 #include "platform/linux/localeFacts.hpp"
 #include "platform/linux/readTextFile.hpp"
 #include "platform/linux/timeZoneFacts.hpp"
+#include "platform/linux/userDirectories.hpp"
 
-#include <pwd.h>
 #include <sys/statvfs.h>
 #include <sys/utsname.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 
 namespace tavrin::platform {
 
 namespace {
-
-std::string executableName() {
-  std::error_code error;
-  auto name = std::filesystem::read_symlink("/proc/self/exe", error).filename().string();
-  if (!error && !name.empty()) return name;
-  return program_invocation_short_name;
-}
 
 std::string readModel(const std::vector<std::string>& paths) {
   for (const auto& path : paths) {
@@ -43,18 +33,6 @@ std::string kernelRelease() {
   utsname names{};
   if (uname(&names) != 0) return {};
   return names.release;
-}
-
-std::string homeDirectory() {
-  if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
-  passwd entry{};
-  passwd* found = nullptr;
-  std::vector<char> buffer(std::size_t{16} * 1024);
-  if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
-      found->pw_dir != nullptr) {
-    return found->pw_dir;
-  }
-  return {};
 }
 
 std::optional<std::int64_t> bytes(std::uint64_t blocks, std::uint64_t blockSize) {
@@ -75,9 +53,9 @@ LinuxDeviceInfo::LinuxDeviceInfo(std::string applicationIdentifier, const LinuxS
   auto version = release ? release->value("VERSION_ID") : std::nullopt;
   _systemVersion = version && !version->empty() ? *version : kernelRelease();
 
-  if (applicationIdentifier.empty()) applicationIdentifier = executableName();
   if (const auto machineId = readTextFile(files.machineId, 4096)) {
-    _identifierForVendor = VendorIdentifier::derive(*machineId, applicationIdentifier);
+    _identifierForVendor =
+        VendorIdentifier::derive(*machineId, hostApplication(std::move(applicationIdentifier)));
   }
 }
 

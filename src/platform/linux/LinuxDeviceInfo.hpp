@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/CellularModem.hpp"
+
 #include <tavrin/platform/DeviceInfo.hpp>
 
 #include <string>
@@ -29,7 +31,8 @@ struct LinuxSystemFiles {
 //   conventions are those of American English, and are reported as that locale.
 // - storage: statvfs of $HOME (or the user's home from the password database);
 //   free bytes are those available to unprivileged users.
-// - no carrier, no radio, no monitoring; version gates are all open.
+// - carrier and radio: the cellular modem's (CellularModem), read at every call.
+// - no monitoring; version gates are all open.
 // - library bundle: only "SDKIdentifier", when the build sets TAVRIN_SDK_IDENTIFIER.
 //
 // The model, system and vendor identifier are read once at construction; the
@@ -57,8 +60,10 @@ class LinuxDeviceInfo final : public DeviceInfo {
   std::uint64_t physicalMemory() override;
   LocaleFacts currentLocale() override;
   TimeZoneFacts currentTimeZone(double secondsSince1970) override;
-  std::optional<Carrier> subscriberCarrier() override { return std::nullopt; }
-  std::optional<std::string> currentRadioAccessTechnology() override { return std::nullopt; }
+  std::optional<Carrier> subscriberCarrier() override { return _modem->carrier(); }
+  std::optional<std::string> currentRadioAccessTechnology() override {
+    return _modem->radioAccessTechnology();
+  }
   std::optional<std::string> libraryBundleString(const std::string& key) override;
 
  private:
@@ -66,6 +71,7 @@ class LinuxDeviceInfo final : public DeviceInfo {
   std::string _systemName;
   std::string _systemVersion;
   std::optional<Uuid> _identifierForVendor;
+  std::unique_ptr<CellularModem> _modem = makeCellularModem();
 };
 
 }  // namespace tavrin::platform

@@ -1,20 +1,16 @@
 #pragma once
 
-#include "platform/linux/RestrictedStore.hpp"
+#include "platform/linux/HostConsent.hpp"
 
 #include <tavrin/platform/EventStore.hpp>
 
+#include <memory>
+
 namespace tavrin::platform {
 
-// Linux has no system calendar database: access is restricted, and there is nothing to read.
-class LinuxEventStore final : public RestrictedStore<EventStore> {
- public:
-  std::vector<Calendar> calendars(std::int64_t) override { return {}; }
-  std::vector<Event> events(double, double, const std::vector<std::string>&) override { return {}; }
-  // The fetch delivers an empty list, at once and on the calling thread.
-  void fetchReminders(const std::vector<std::string>&, RemindersHandler completion) override {
-    completion(std::vector<Reminder>{});
-  }
-};
+// The calendars and task lists of the Linux machine: Evolution Data Server's
+// when the library is built with its calendar client, else a restricted store
+// that holds nothing. The host's `consent` decides access to the former.
+std::unique_ptr<EventStore> makeLinuxEventStore(std::shared_ptr<HostConsent> consent);
 
 }  // namespace tavrin::platform

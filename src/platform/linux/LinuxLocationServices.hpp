@@ -2,15 +2,12 @@
 
 #include <tavrin/platform/LocationServices.hpp>
 
+#include <memory>
+
 namespace tavrin::platform {
 
-// Linux offers no system location service, compass or beacon ranging.
-class LinuxLocationServices final : public LocationServices {
- public:
-  bool significantLocationChangeMonitoringAvailable() override { return false; }
-  bool headingAvailable() override { return false; }
-  bool isRangingAvailable() override { return false; }
-  bool locationServicesEnabled() override { return false; }
-};
+// The location services of the Linux machine: GeoClue's when the library is
+// built with D-Bus, else none.
+std::unique_ptr<LocationServices> makeLinuxLocationServices();
 
 }  // namespace tavrin::platform

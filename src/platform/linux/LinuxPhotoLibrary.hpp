@@ -1,22 +1,17 @@
 #pragma once
 
-#include <tavrin/platform/AccessHandler.hpp>
+#include "platform/linux/StoreConsent.hpp"
+
 #include <tavrin/platform/PhotoLibrary.hpp>
+
+#include <memory>
 
 namespace tavrin::platform {
 
-// Linux has no system photo library: access is restricted, and there is nothing to read.
-class LinuxPhotoLibrary final : public PhotoLibrary {
- public:
-  std::int64_t authorizationStatus() override { return AuthorizationStatus::restricted; }
-  // A restricted library cannot be granted; the prompt completes at once with that status.
-  void requestAuthorization(std::function<void(std::int64_t)> handler) override {
-    handler(AuthorizationStatus::restricted);
-  }
-  void enumerateAssets(std::int64_t, const std::function<void(const Asset&)>&) override {}
-  void enumerateCollections(std::int64_t, std::int64_t,
-                            const std::function<void(const AssetCollection&)>&) override {}
-  std::int64_t assetCount(const AssetCollection&) override { return 0; }
-};
+// The photo library of the Linux machine: the pictures and videos of the
+// user's media folders when the library is built with its media readers, else
+// a restricted library that holds nothing. The host's `consent` decides access
+// to the former.
+std::unique_ptr<PhotoLibrary> makeLinuxPhotoLibrary(const std::shared_ptr<HostConsent>& consent);
 
 }  // namespace tavrin::platform
