@@ -5,7 +5,7 @@
 #
 # The public interface is what include/tavrin marks TAVRIN_EXPORT: the classes
 # (their members, run-time type information and virtual tables) and the
-# functions and variables. Every dynamic symbol the library defines must belong
+# functions and variables, C++ and C. Every dynamic symbol the library defines must belong
 # to one of them, and each of them must be exported. With SONAME, the library's
 # SONAME must be that name. Fails with the list of offending symbols.
 cmake_minimum_required(VERSION 3.25)
@@ -20,7 +20,7 @@ find_program(READELF NAMES readelf REQUIRED)
 
 # The names the headers export.
 set(declared)
-file(GLOB_RECURSE headers ${HEADERS}/*.hpp)
+file(GLOB_RECURSE headers ${HEADERS}/*.hpp ${HEADERS}/*.h)
 foreach(header IN LISTS headers)
   file(READ "${header}" text)
   string(REGEX REPLACE "//[^\n]*" "" text "${text}")

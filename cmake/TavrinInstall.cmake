@@ -12,7 +12,7 @@ set(tavrin_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tavrinsdk)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tavrin
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT dev
-  FILES_MATCHING PATTERN "*.hpp")
+  FILES_MATCHING PATTERN "*.hpp" PATTERN "*.h")
 
 if(TARGET tavrinsdk)
   install(TARGETS tavrinsdk EXPORT tavrinsdk-shared-targets
