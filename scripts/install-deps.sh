@@ -11,6 +11,7 @@ packages=(
   nlohmann-json3-dev libsimdjson-dev libcpp-httplib-dev libsqlite3-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev rapidjson-dev libdeflate-dev
   gzip xz-utils openssl ca-certificates python3 python3-jsonschema abigail-tools
+  default-jdk-headless junit5
   "$@"
 )
 

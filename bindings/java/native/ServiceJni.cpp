@@ -1,0 +1,104 @@
+// The native methods of com.tavrin.sdk.Service: each one calls the C interface
+// and turns its error object into a TavrinException.
+#include "JniSupport.hpp"
+
+#include <com_tavrin_sdk_Service.h>
+
+#include <cstdint>
+#include <new>
+#include <string>
+
+namespace {
+
+using tavrin::java::COwned;
+using tavrin::java::cString;
+using tavrin::java::textOf;
+using tavrin::java::throwError;
+
+tavrin_service* serviceOf(jlong handle) {
+  return reinterpret_cast<tavrin_service*>(static_cast<std::intptr_t>(handle));
+}
+
+// Applies one setting; a refused one is thrown as invalid input naming it.
+bool applied(JNIEnv* env, int result, const char* setting) {
+  if (result == 0) return true;
+  const std::string message = std::string("the option ") + setting + " was refused";
+  throwError(env, TAVRIN_ERROR_INVALID_INPUT, message.c_str());
+  return false;
+}
+
+// The answer of a run as a Java byte[], or the run's error thrown.
+jbyteArray answerOf(JNIEnv* env, char* answer, tavrin_error* error) {
+  const COwned<char> owned(answer);
+  const COwned<tavrin_error> failure(error);
+  if (answer == nullptr) {
+    throwError(env, failure.get());
+    return nullptr;
+  }
+  return tavrin::java::bytesOf(env, answer);
+}
+
+}  // namespace
+
+extern "C" {
+
+JNIEXPORT jlong JNICALL Java_com_tavrin_sdk_Service_nativeOpen(JNIEnv* env, jclass, jbyteArray url,
+                                                               jbyteArray key, jbyteArray caFile,
+                                                               jobjectArray resolve,
+                                                               jlong deadlineMs,
+                                                               jbyteArray profileFile) {
+  return tavrin::java::guarded(env, jlong{0}, [&]() -> jlong {
+    const COwned<tavrin_options> options(tavrin_options_new());
+    if (!options) throw std::bad_alloc();
+    if (!applied(env, tavrin_options_set_ca_file(options.get(), cString(textOf(env, caFile))),
+                 "CA file") ||
+        !applied(env, tavrin_options_set_deadline_ms(options.get(), deadlineMs), "deadline") ||
+        !applied(env,
+                 tavrin_options_set_profile_file(options.get(), cString(textOf(env, profileFile))),
+                 "profile file"))
+      return 0;
+    for (jsize i = 0; i < env->GetArrayLength(resolve); ++i) {
+      auto element = static_cast<jbyteArray>(env->GetObjectArrayElement(resolve, i));
+      const auto entry = textOf(env, element);
+      env->DeleteLocalRef(element);
+      if (!applied(env, tavrin_options_add_resolve(options.get(), cString(entry)), "resolve"))
+        return 0;
+    }
+    tavrin_error* error = nullptr;
+    tavrin_service* service = tavrin_service_new(cString(textOf(env, url)),
+                                                 cString(textOf(env, key)), options.get(), &error);
+    const COwned<tavrin_error> failure(error);
+    if (service == nullptr) throwError(env, failure.get());
+    return static_cast<jlong>(reinterpret_cast<std::intptr_t>(service));
+  });
+}
+
+JNIEXPORT jbyteArray JNICALL Java_com_tavrin_sdk_Service_nativeCollect(JNIEnv* env, jclass,
+                                                                       jlong handle,
+                                                                       jbyteArray recordNumber) {
+  return tavrin::java::guarded(env, jbyteArray{nullptr}, [&] {
+    tavrin_error* error = nullptr;
+    char* answer =
+        tavrin_service_collect(serviceOf(handle), cString(textOf(env, recordNumber)), &error);
+    return answerOf(env, answer, error);
+  });
+}
+
+JNIEXPORT jbyteArray JNICALL Java_com_tavrin_sdk_Service_nativePreview(JNIEnv* env, jclass,
+                                                                       jlong handle) {
+  return tavrin::java::guarded(env, jbyteArray{nullptr}, [&] {
+    tavrin_error* error = nullptr;
+    char* dataset = tavrin_service_preview(serviceOf(handle), &error);
+    return answerOf(env, dataset, error);
+  });
+}
+
+JNIEXPORT void JNICALL Java_com_tavrin_sdk_Service_nativeCancel(JNIEnv*, jclass, jlong handle) {
+  tavrin_service_cancel(serviceOf(handle));
+}
+
+JNIEXPORT void JNICALL Java_com_tavrin_sdk_Service_nativeFree(JNIEnv*, jclass, jlong handle) {
+  tavrin_service_free(serviceOf(handle));
+}
+
+}  // extern "C"

@@ -1,0 +1,127 @@
+package com.tavrin.sdk;
+
+import java.nio.charset.StandardCharsets;
+import java.util.concurrent.locks.ReadWriteLock;
+import java.util.concurrent.locks.ReentrantReadWriteLock;
+
+/**
+ * A logged-in service of the tavrin SDK: collects the device's dataset and uploads it, one
+ * collection or preview at a time. {@link #cancel()} and {@link #close()} may be called from any
+ * thread; closing stops a run in progress and waits for it to end.
+ */
+public final class Service implements AutoCloseable {
+  static {
+    String library = System.getProperty("com.tavrin.sdk.library");
+    if (library != null) {
+      System.load(library);
+    } else {
+      System.loadLibrary("tavrin_jni");
+    }
+  }
+
+  // Runs share the handle; closing takes it alone, so it is never freed under a run.
+  private final ReadWriteLock lock = new ReentrantReadWriteLock();
+  private long handle;
+
+  /** Checks the URL and logs in with the key and default options, blocking until answered. */
+  public Service(String url, String key) throws TavrinException {
+    this(url, key, new ServiceOptions());
+  }
+
+  /** Checks the URL and logs in with the key, blocking until the login is answered. */
+  public Service(String url, String key, ServiceOptions options) throws TavrinException {
+    byte[][] resolve = new byte[options.resolve.size()][];
+    for (int i = 0; i < resolve.length; i++) {
+      resolve[i] = utf8("resolve entry", options.resolve.get(i));
+    }
+    handle =
+        nativeOpen(
+            utf8("url", url),
+            utf8("key", key),
+            utf8("CA file", options.caFile),
+            resolve,
+            options.deadline.toMillis(),
+            utf8("profile file", options.profileFile));
+  }
+
+  /**
+   * Asks for undecided permissions, checks the record number with the server, collects the
+   * dataset and uploads it; returns the server's answer. The service stays usable after a failure.
+   */
+  public String collect(String recordNumber) throws TavrinException {
+    byte[] record = utf8("record number", recordNumber);
+    lock.readLock().lock();
+    try {
+      return text(nativeCollect(live(), record));
+    } finally {
+      lock.readLock().unlock();
+    }
+  }
+
+  /** The dataset's JSON that a collection would upload now, made without network traffic. */
+  public String preview() throws TavrinException {
+    lock.readLock().lock();
+    try {
+      return text(nativePreview(live()));
+    } finally {
+      lock.readLock().unlock();
+    }
+  }
+
+  /**
+   * Stops the run in progress within 100 ms, which then throws {@link ErrorKind#CANCELLED}; with
+   * none in progress, the next run stops at its start. Returns at once; does nothing once closed.
+   */
+  public void cancel() {
+    lock.readLock().lock();
+    try {
+      if (handle != 0) nativeCancel(handle);
+    } finally {
+      lock.readLock().unlock();
+    }
+  }
+
+  /** Stops the run in progress, waits for it to end and releases the service. Idempotent. */
+  @Override
+  public void close() {
+    cancel();
+    lock.writeLock().lock();
+    try {
+      nativeFree(handle);
+      handle = 0;
+    } finally {
+      lock.writeLock().unlock();
+    }
+  }
+
+  private long live() {
+    if (handle == 0) throw new IllegalStateException("the service is closed");
+    return handle;
+  }
+
+  // The native library takes zero-terminated UTF-8, in which a NUL would cut the text short.
+  private static byte[] utf8(String what, String text) throws TavrinException {
+    if (text == null) return null;
+    if (text.indexOf('\0') >= 0) {
+      throw new TavrinException(ErrorKind.INVALID_INPUT, what + " contains a NUL character");
+    }
+    return text.getBytes(StandardCharsets.UTF_8);
+  }
+
+  private static String text(byte[] utf8) {
+    return new String(utf8, StandardCharsets.UTF_8);
+  }
+
+  private static native long nativeOpen(
+      byte[] url, byte[] key, byte[] caFile, byte[][] resolve, long deadlineMs, byte[] profileFile)
+      throws TavrinException;
+
+  private static native byte[] nativeCollect(long handle, byte[] recordNumber)
+      throws TavrinException;
+
+  private static native byte[] nativePreview(long handle) throws TavrinException;
+
+  private static native void nativeCancel(long handle);
+
+  private static native void nativeFree(long handle);
+}

@@ -1,0 +1,130 @@
+package com.tavrin.sdk;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.time.Duration;
+import java.util.Set;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.ExecutorService;
+import java.util.concurrent.Executors;
+import java.util.concurrent.Future;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.MethodSource;
+
+/** The binding against {@code tavrin sandbox}: a collection, each kind of error, cancellation. */
+class ServiceTest {
+  static final String PHONE = SandboxProcess.PROFILES + "/iphone-realistic.json";
+
+  @Test
+  void collectsAndPreviewsInUtf8() throws Exception {
+    try (SandboxProcess sandbox = new SandboxProcess();
+        Service service = new Service(sandbox.url, "sandbox-key", sandbox.options(PHONE))) {
+      // Beyond the basic plane: JNI's own modified UTF-8 would mangle it.
+      String record = "j-\u00fc-\ud83d\ude00";
+      assertEquals("accepted record \"" + record + "\" as upload 1", service.collect(record));
+      assertTrue(service.preview().startsWith("[{\""), "a JSON array of sections");
+    }
+  }
+
+  /** One failing call: the sandbox's fault rule, what the service is made with, what it throws. */
+  record Failure(
+      String name,
+      String fault,
+      String key,
+      String url,
+      String profile,
+      Duration deadline,
+      String record,
+      ErrorKind kind,
+      String message,
+      int httpStatus) {
+    @Override
+    public String toString() {
+      return name;
+    }
+  }
+
+  static Stream<Failure> failures() {
+    Duration none = Duration.ZERO;
+    return Stream.of(
+        new Failure("null url", "", "sandbox-key", null, PHONE, none, "j-1",
+            ErrorKind.INVALID_INPUT, "url is NULL", 0),
+        new Failure("bad url", "", "sandbox-key", "ftp://x", PHONE, none, "j-1",
+            ErrorKind.INVALID_INPUT, "Url is incorrect", 0),
+        new Failure("negative deadline", "", "sandbox-key", "", PHONE, Duration.ofMillis(-1),
+            "j-1", ErrorKind.INVALID_INPUT, "the option deadline was refused", 0),
+        new Failure("bad profile", "", "sandbox-key", "", "/nonexistent.json", none, "j-1",
+            ErrorKind.DEVICE_PROFILE,
+            "/nonexistent.json: cannot read the file: No such file or directory", 0),
+        new Failure("wrong key", "", "wrong-key", "", PHONE, none, "j-1",
+            ErrorKind.INVALID_INPUT, "invalid_grant_key. Authentication key is invalid", 401),
+        new Failure("null record", "", "sandbox-key", "", PHONE, none, null,
+            ErrorKind.INVALID_INPUT, "record_number is NULL", 0),
+        new Failure("NUL in record", "", "sandbox-key", "", PHONE, none, "j\u00001",
+            ErrorKind.INVALID_INPUT, "record number contains a NUL character", 0),
+        new Failure("forbidden", "upload:error=403/action_forbidden/Plan expired", "sandbox-key",
+            "", PHONE, none, "j-1", ErrorKind.ACCESS_DENIED, "action_forbidden. Plan expired", 403),
+        new Failure("failing server", "check:status=503", "sandbox-key", "", PHONE, none, "j-1",
+            ErrorKind.SERVER_REJECTED, null, 503),
+        new Failure("redirect", "upload:status=302", "sandbox-key", "", PHONE, none, "j-1",
+            ErrorKind.PROCESSING_FAILED, null, 302),
+        new Failure("dropped", "check:drop", "sandbox-key", "", PHONE, none, "j-1",
+            ErrorKind.CONNECTION_FAILED, null, 0),
+        new Failure("deadline", "check:stall", "sandbox-key", "", PHONE, Duration.ofMillis(300),
+            "j-1", ErrorKind.CONNECTION_FAILED, "Deadline exceeded", 0));
+  }
+
+  @ParameterizedTest(name = "{0}")
+  @MethodSource("failures")
+  void reportsEachKindOfError(Failure row) throws Exception {
+    String[] faults = row.fault.isEmpty() ? new String[0] : new String[] {row.fault};
+    try (SandboxProcess sandbox = new SandboxProcess(faults)) {
+      String url = row.url == null || !row.url.isEmpty() ? row.url : sandbox.url;
+      ServiceOptions options = sandbox.options(row.profile).deadline(row.deadline);
+      TavrinException thrown =
+          assertThrows(
+              TavrinException.class,
+              () -> {
+                try (Service service = new Service(url, row.key, options)) {
+                  service.collect(row.record);
+                }
+              });
+      assertEquals(row.kind, thrown.kind());
+      assertEquals(row.message, thrown.getMessage());
+      assertEquals(row.httpStatus, thrown.httpStatus());
+    }
+  }
+
+  @Test
+  void cancelsAndClosesFromAnotherThread() throws Exception {
+    ExecutorService runner = Executors.newSingleThreadExecutor();
+    try (SandboxProcess sandbox = new SandboxProcess("check:stall")) {
+      Service service = new Service(sandbox.url, "sandbox-key", sandbox.options(PHONE));
+      // Whether it comes before the run starts or while the check waits, the run stops.
+      Future<String> cancelled = runner.submit(() -> service.collect("j-1"));
+      service.cancel();
+      assertEquals("CANCELLED", endOf(cancelled));
+
+      Future<String> closed = runner.submit(() -> service.collect("j-2"));
+      service.close();
+      String end = endOf(closed);
+      assertTrue(Set.of("CANCELLED", "IllegalStateException").contains(end), end);
+      assertThrows(IllegalStateException.class, service::preview);
+      service.close();
+    } finally {
+      runner.shutdown();
+    }
+  }
+
+  // How a run on another thread ended: the kind it threw, or the class of a Java exception.
+  private static String endOf(Future<?> run) {
+    Throwable cause = assertThrows(ExecutionException.class, run::get).getCause();
+    return cause instanceof TavrinException
+        ? ((TavrinException) cause).kind().name()
+        : cause.getClass().getSimpleName();
+  }
+}
