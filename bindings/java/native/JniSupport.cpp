@@ -49,16 +49,13 @@ void throwError(JNIEnv* env, int kind, const char* message) {
   raise(env, kind, message, 0, "", "");
 }
 
-}  // namespace tavrin::java
-
-extern "C" JNIEXPORT jint JNI_OnLoad(JavaVM* vm, void*) {
-  using namespace tavrin::java;
-  JNIEnv* env = nullptr;
-  if (vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_8) != JNI_OK) return JNI_ERR;
+bool loadErrors(JNIEnv* env) {
   jclass found = env->FindClass("com/tavrin/sdk/TavrinException");
-  if (found == nullptr) return JNI_ERR;
+  if (found == nullptr) return false;
   exceptionClass = static_cast<jclass>(env->NewGlobalRef(found));
   exceptionFromNative = env->GetStaticMethodID(exceptionClass, "fromNative",
                                                "(I[BI[B[B)Lcom/tavrin/sdk/TavrinException;");
-  return exceptionFromNative != nullptr ? JNI_VERSION_1_8 : JNI_ERR;
+  return exceptionFromNative != nullptr;
 }
+
+}  // namespace tavrin::java

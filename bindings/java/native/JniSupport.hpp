@@ -16,6 +16,7 @@ namespace tavrin::java {
 struct CRelease {
   void operator()(tavrin_options* options) const { tavrin_options_free(options); }
   void operator()(tavrin_error* error) const { tavrin_error_free(error); }
+  void operator()(tavrin_service* service) const { tavrin_service_free(service); }
   void operator()(char* text) const { tavrin_string_free(text); }
 };
 template <typename T>
@@ -32,6 +33,9 @@ inline const char* cString(const std::optional<std::string>& text) {
 
 // `text` as a Java byte[]; null with an OutOfMemoryError pending when it cannot be made.
 jbyteArray bytesOf(JNIEnv* env, std::string_view text);
+
+// Looks up TavrinException; false with an exception pending when it is missing.
+bool loadErrors(JNIEnv* env);
 
 // Throws the TavrinException that `error` describes.
 void throwError(JNIEnv* env, const tavrin_error* error);

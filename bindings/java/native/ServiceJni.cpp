@@ -1,10 +1,12 @@
-// The native methods of com.tavrin.sdk.Service: each one calls the C interface
-// and turns its error object into a TavrinException.
+// The native methods of com.tavrin.sdk.Service, and the loading of the library:
+// each method calls the C interface and turns its error object into a TavrinException.
 #include "JniSupport.hpp"
+#include "ObserverBridge.hpp"
 
 #include <com_tavrin_sdk_Service.h>
 
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -15,9 +17,18 @@ using tavrin::java::cString;
 using tavrin::java::textOf;
 using tavrin::java::throwError;
 
-tavrin_service* serviceOf(jlong handle) {
-  return reinterpret_cast<tavrin_service*>(static_cast<std::intptr_t>(handle));
+// What a Service's handle points to: the C service, and the Java objects its
+// callbacks call, which must outlive it (members are destroyed in reverse).
+struct JavaService {
+  std::unique_ptr<tavrin::java::ObserverBridge> observer;
+  COwned<tavrin_service> service;
+};
+
+JavaService* javaServiceOf(jlong handle) {
+  return reinterpret_cast<JavaService*>(static_cast<std::intptr_t>(handle));
 }
+
+tavrin_service* serviceOf(jlong handle) { return javaServiceOf(handle)->service.get(); }
 
 // Applies one setting; a refused one is thrown as invalid input naming it.
 bool applied(JNIEnv* env, int result, const char* setting) {
@@ -42,11 +53,9 @@ jbyteArray answerOf(JNIEnv* env, char* answer, tavrin_error* error) {
 
 extern "C" {
 
-JNIEXPORT jlong JNICALL Java_com_tavrin_sdk_Service_nativeOpen(JNIEnv* env, jclass, jbyteArray url,
-                                                               jbyteArray key, jbyteArray caFile,
-                                                               jobjectArray resolve,
-                                                               jlong deadlineMs,
-                                                               jbyteArray profileFile) {
+JNIEXPORT jlong JNICALL Java_com_tavrin_sdk_Service_nativeOpen(
+    JNIEnv* env, jclass, jbyteArray url, jbyteArray key, jbyteArray caFile, jobjectArray resolve,
+    jlong deadlineMs, jbyteArray profileFile, jobject observer) {
   return tavrin::java::guarded(env, jlong{0}, [&]() -> jlong {
     const COwned<tavrin_options> options(tavrin_options_new());
     if (!options) throw std::bad_alloc();
@@ -64,12 +73,20 @@ JNIEXPORT jlong JNICALL Java_com_tavrin_sdk_Service_nativeOpen(JNIEnv* env, jcla
       if (!applied(env, tavrin_options_add_resolve(options.get(), cString(entry)), "resolve"))
         return 0;
     }
+    auto made = std::make_unique<JavaService>();
+    if (observer != nullptr) {
+      made->observer = std::make_unique<tavrin::java::ObserverBridge>(env, observer);
+      if (!applied(env, made->observer->install(options.get()) ? 0 : -1, "observer")) return 0;
+    }
     tavrin_error* error = nullptr;
-    tavrin_service* service = tavrin_service_new(cString(textOf(env, url)),
-                                                 cString(textOf(env, key)), options.get(), &error);
+    made->service.reset(tavrin_service_new(cString(textOf(env, url)), cString(textOf(env, key)),
+                                           options.get(), &error));
     const COwned<tavrin_error> failure(error);
-    if (service == nullptr) throwError(env, failure.get());
-    return static_cast<jlong>(reinterpret_cast<std::intptr_t>(service));
+    if (!made->service) {
+      throwError(env, failure.get());
+      return 0;
+    }
+    return static_cast<jlong>(reinterpret_cast<std::intptr_t>(made.release()));
   });
 }
 
@@ -98,7 +115,15 @@ JNIEXPORT void JNICALL Java_com_tavrin_sdk_Service_nativeCancel(JNIEnv*, jclass,
 }
 
 JNIEXPORT void JNICALL Java_com_tavrin_sdk_Service_nativeFree(JNIEnv*, jclass, jlong handle) {
-  tavrin_service_free(serviceOf(handle));
+  delete javaServiceOf(handle);
+}
+
+JNIEXPORT jint JNI_OnLoad(JavaVM* vm, void*) {
+  JNIEnv* env = nullptr;
+  if (vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_8) != JNI_OK) return JNI_ERR;
+  tavrin::java::rememberVm(vm);
+  const bool loaded = tavrin::java::loadErrors(env) && tavrin::java::loadObserverBridge(env);
+  return loaded ? JNI_VERSION_1_8 : JNI_ERR;
 }
 
 }  // extern "C"

@@ -1,6 +1,5 @@
 package com.tavrin.sdk;
 
-import java.nio.charset.StandardCharsets;
 import java.util.concurrent.locks.ReadWriteLock;
 import java.util.concurrent.locks.ReentrantReadWriteLock;
 
@@ -32,16 +31,17 @@ public final class Service implements AutoCloseable {
   public Service(String url, String key, ServiceOptions options) throws TavrinException {
     byte[][] resolve = new byte[options.resolve.size()][];
     for (int i = 0; i < resolve.length; i++) {
-      resolve[i] = utf8("resolve entry", options.resolve.get(i));
+      resolve[i] = Utf8.bytes("resolve entry", options.resolve.get(i));
     }
     handle =
         nativeOpen(
-            utf8("url", url),
-            utf8("key", key),
-            utf8("CA file", options.caFile),
+            Utf8.bytes("url", url),
+            Utf8.bytes("key", key),
+            Utf8.bytes("CA file", options.caFile),
             resolve,
             options.deadline.toMillis(),
-            utf8("profile file", options.profileFile));
+            Utf8.bytes("profile file", options.profileFile),
+            options.observer == null ? null : new ObserverBridge(options.observer));
   }
 
   /**
@@ -49,10 +49,10 @@ public final class Service implements AutoCloseable {
    * dataset and uploads it; returns the server's answer. The service stays usable after a failure.
    */
   public String collect(String recordNumber) throws TavrinException {
-    byte[] record = utf8("record number", recordNumber);
+    byte[] record = Utf8.bytes("record number", recordNumber);
     lock.readLock().lock();
     try {
-      return text(nativeCollect(live(), record));
+      return Utf8.text(nativeCollect(live(), record));
     } finally {
       lock.readLock().unlock();
     }
@@ -62,7 +62,7 @@ public final class Service implements AutoCloseable {
   public String preview() throws TavrinException {
     lock.readLock().lock();
     try {
-      return text(nativePreview(live()));
+      return Utf8.text(nativePreview(live()));
     } finally {
       lock.readLock().unlock();
     }
@@ -99,21 +99,14 @@ public final class Service implements AutoCloseable {
     return handle;
   }
 
-  // The native library takes zero-terminated UTF-8, in which a NUL would cut the text short.
-  private static byte[] utf8(String what, String text) throws TavrinException {
-    if (text == null) return null;
-    if (text.indexOf('\0') >= 0) {
-      throw new TavrinException(ErrorKind.INVALID_INPUT, what + " contains a NUL character");
-    }
-    return text.getBytes(StandardCharsets.UTF_8);
-  }
-
-  private static String text(byte[] utf8) {
-    return new String(utf8, StandardCharsets.UTF_8);
-  }
-
   private static native long nativeOpen(
-      byte[] url, byte[] key, byte[] caFile, byte[][] resolve, long deadlineMs, byte[] profileFile)
+      byte[] url,
+      byte[] key,
+      byte[] caFile,
+      byte[][] resolve,
+      long deadlineMs,
+      byte[] profileFile,
+      ObserverBridge observer)
       throws TavrinException;
 
   private static native byte[] nativeCollect(long handle, byte[] recordNumber)

@@ -13,6 +13,7 @@ public final class ServiceOptions {
   final List<String> resolve = new ArrayList<>();
   Duration deadline = Duration.ZERO;
   String profileFile;
+  Observer observer;
 
   /** Trusts the CA certificates of this PEM file instead of the system store; null for the store. */
   public ServiceOptions caFile(String path) {
@@ -35,6 +36,12 @@ public final class ServiceOptions {
   /** Reads the device from this device-profile file instead of the machine; null for the machine. */
   public ServiceOptions profileFile(String path) {
     profileFile = path;
+    return this;
+  }
+
+  /** Tells {@code observer} how the service progresses, and gives it the log; null for nobody. */
+  public ServiceOptions observer(Observer observer) {
+    this.observer = observer;
     return this;
   }
 }

@@ -1,7 +1,5 @@
 package com.tavrin.sdk;
 
-import java.nio.charset.StandardCharsets;
-
 /**
  * A failed login, collection or preview: its kind, its message (null when it has none) and what
  * the failed exchange left behind.
@@ -31,11 +29,11 @@ public final class TavrinException extends Exception {
   static TavrinException fromNative(
       int kindValue, byte[] message, int httpStatus, byte[] requestId, byte[] transportReason) {
     return new TavrinException(
-        kindValue, text(message), httpStatus, text(requestId), text(transportReason));
-  }
-
-  private static String text(byte[] utf8) {
-    return utf8 == null ? null : new String(utf8, StandardCharsets.UTF_8);
+        kindValue,
+        Utf8.text(message),
+        httpStatus,
+        Utf8.text(requestId),
+        Utf8.text(transportReason));
   }
 
   /** The kind of failure. */

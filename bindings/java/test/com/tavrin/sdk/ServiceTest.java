@@ -5,6 +5,8 @@ import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.time.Duration;
+import java.util.ArrayList;
+import java.util.List;
 import java.util.Set;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.ExecutorService;
@@ -19,15 +21,56 @@ import org.junit.jupiter.params.provider.MethodSource;
 class ServiceTest {
   static final String PHONE = SandboxProcess.PROFILES + "/iphone-realistic.json";
 
+  /** Writes down what it is told; throws at every exchange's start, which must change nothing. */
+  static final class Recorder implements Observer {
+    final List<String> events = new ArrayList<>();
+    final List<String> lines = new ArrayList<>();
+    String dataset = "";
+
+    @Override
+    public void sourceStarted(String name) {
+      events.add("source " + name);
+    }
+
+    @Override
+    public void exchangeStarted(String name) {
+      throw new IllegalStateException("an observer's bug");
+    }
+
+    @Override
+    public void exchangeFinished(String name, int status, boolean succeeded, Duration elapsed) {
+      events.add(name + " " + status + " " + succeeded);
+    }
+
+    @Override
+    public void datasetReady(String json) {
+      dataset = json;
+    }
+
+    @Override
+    public void log(LogLevel level, String line) {
+      lines.add(level + " " + line);
+    }
+  }
+
   @Test
-  void collectsAndPreviewsInUtf8() throws Exception {
+  void collectsAndPreviewsInUtf8WithObserver() throws Exception {
+    Recorder recorder = new Recorder();
     try (SandboxProcess sandbox = new SandboxProcess();
-        Service service = new Service(sandbox.url, "sandbox-key", sandbox.options(PHONE))) {
+        Service service =
+            new Service(sandbox.url, "sandbox-key", sandbox.options(PHONE).observer(recorder))) {
       // Beyond the basic plane: JNI's own modified UTF-8 would mangle it.
       String record = "j-\u00fc-\ud83d\ude00";
       assertEquals("accepted record \"" + record + "\" as upload 1", service.collect(record));
-      assertTrue(service.preview().startsWith("[{\""), "a JSON array of sections");
+      assertEquals(recorder.dataset.length(), service.preview().length());
     }
+    // The login, the check, 13 sources, the upload, and the preview's 13 sources.
+    assertEquals(29, recorder.events.size());
+    assertEquals(
+        List.of("login 200 true", "check 200 true", "source Contacts"),
+        recorder.events.subList(0, 3));
+    assertEquals("upload 200 true", recorder.events.get(15));
+    assertTrue(recorder.lines.stream().anyMatch(line -> line.startsWith("INFO ")), "log lines");
   }
 
   /** One failing call: the sandbox's fault rule, what the service is made with, what it throws. */
