@@ -24,8 +24,10 @@ struct JavaService {
   COwned<tavrin_service> service;
 };
 
+// A Java handle is the pointer, kept in a long.
 JavaService* javaServiceOf(jlong handle) {
-  return reinterpret_cast<JavaService*>(static_cast<std::intptr_t>(handle));
+  return reinterpret_cast<JavaService*>(  // NOLINT(performance-no-int-to-ptr)
+      static_cast<std::intptr_t>(handle));
 }
 
 tavrin_service* serviceOf(jlong handle) { return javaServiceOf(handle)->service.get(); }
