@@ -73,72 +73,63 @@ class ServiceTest {
     assertTrue(recorder.lines.stream().anyMatch(line -> line.startsWith("INFO ")), "log lines");
   }
 
-  /** One failing call: the sandbox's fault rule, what the service is made with, what it throws. */
+  /** What a failing row does with its sandbox. */
+  interface Attempt {
+    void run(SandboxProcess sandbox) throws Exception;
+  }
+
+  /** A sandbox with its fault rule (or none), what is tried on it, and what that throws. */
   record Failure(
-      String name,
-      String fault,
-      String key,
-      String url,
-      String profile,
-      Duration deadline,
-      String record,
-      ErrorKind kind,
-      String message,
-      int httpStatus) {
+      String name, String fault, Attempt attempt, ErrorKind kind, String message, int status) {
     @Override
     public String toString() {
       return name;
     }
   }
 
+  // Logs in to the sandbox with `options` and collects `record`.
+  static void collect(SandboxProcess sandbox, ServiceOptions options, String record)
+      throws TavrinException {
+    try (Service service = new Service(sandbox.url, "sandbox-key", options)) {
+      service.collect(record);
+    }
+  }
+
   static Stream<Failure> failures() {
-    Duration none = Duration.ZERO;
+    Attempt plain = s -> collect(s, s.options(PHONE), "j-1");
     return Stream.of(
-        new Failure("null url", "", "sandbox-key", null, PHONE, none, "j-1",
+        new Failure("null url", null, s -> new Service(null, "sandbox-key").close(),
             ErrorKind.INVALID_INPUT, "url is NULL", 0),
-        new Failure("bad url", "", "sandbox-key", "ftp://x", PHONE, none, "j-1",
-            ErrorKind.INVALID_INPUT, "Url is incorrect", 0),
-        new Failure("negative deadline", "", "sandbox-key", "", PHONE, Duration.ofMillis(-1),
-            "j-1", ErrorKind.INVALID_INPUT, "the option deadline was refused", 0),
-        new Failure("bad profile", "", "sandbox-key", "", "/nonexistent.json", none, "j-1",
-            ErrorKind.DEVICE_PROFILE,
-            "/nonexistent.json: cannot read the file: No such file or directory", 0),
-        new Failure("wrong key", "", "wrong-key", "", PHONE, none, "j-1",
+        new Failure("wrong key", null, s -> new Service(s.url, "wrong-key", s.options(PHONE)),
             ErrorKind.INVALID_INPUT, "invalid_grant_key. Authentication key is invalid", 401),
-        new Failure("null record", "", "sandbox-key", "", PHONE, none, null,
-            ErrorKind.INVALID_INPUT, "record_number is NULL", 0),
-        new Failure("NUL in record", "", "sandbox-key", "", PHONE, none, "j\u00001",
+        new Failure("negative deadline", null,
+            s -> collect(s, s.options(PHONE).deadline(Duration.ofMillis(-1)), "j-1"),
+            ErrorKind.INVALID_INPUT, "the option deadline was refused", 0),
+        new Failure("bad profile", null, s -> collect(s, s.options("/none.json"), "j-1"),
+            ErrorKind.DEVICE_PROFILE, "/none.json: cannot read the file: No such file or directory",
+            0),
+        new Failure("NUL in record", null, s -> collect(s, s.options(PHONE), "j\0-1"),
             ErrorKind.INVALID_INPUT, "record number contains a NUL character", 0),
-        new Failure("forbidden", "upload:error=403/action_forbidden/Plan expired", "sandbox-key",
-            "", PHONE, none, "j-1", ErrorKind.ACCESS_DENIED, "action_forbidden. Plan expired", 403),
-        new Failure("failing server", "check:status=503", "sandbox-key", "", PHONE, none, "j-1",
-            ErrorKind.SERVER_REJECTED, null, 503),
-        new Failure("redirect", "upload:status=302", "sandbox-key", "", PHONE, none, "j-1",
-            ErrorKind.PROCESSING_FAILED, null, 302),
-        new Failure("dropped", "check:drop", "sandbox-key", "", PHONE, none, "j-1",
-            ErrorKind.CONNECTION_FAILED, null, 0),
-        new Failure("deadline", "check:stall", "sandbox-key", "", PHONE, Duration.ofMillis(300),
-            "j-1", ErrorKind.CONNECTION_FAILED, "Deadline exceeded", 0));
+        new Failure("forbidden", "upload:error=403/action_forbidden/Plan expired", plain,
+            ErrorKind.ACCESS_DENIED, "action_forbidden. Plan expired", 403),
+        new Failure("failing server", "check:status=503", plain, ErrorKind.SERVER_REJECTED, null,
+            503),
+        new Failure("redirect", "upload:status=302", plain, ErrorKind.PROCESSING_FAILED, null,
+            302),
+        new Failure("deadline", "check:stall",
+            s -> collect(s, s.options(PHONE).deadline(Duration.ofMillis(300)), "j-1"),
+            ErrorKind.CONNECTION_FAILED, "Deadline exceeded", 0));
   }
 
   @ParameterizedTest(name = "{0}")
   @MethodSource("failures")
   void reportsEachKindOfError(Failure row) throws Exception {
-    String[] faults = row.fault.isEmpty() ? new String[0] : new String[] {row.fault};
-    try (SandboxProcess sandbox = new SandboxProcess(faults)) {
-      String url = row.url == null || !row.url.isEmpty() ? row.url : sandbox.url;
-      ServiceOptions options = sandbox.options(row.profile).deadline(row.deadline);
-      TavrinException thrown =
-          assertThrows(
-              TavrinException.class,
-              () -> {
-                try (Service service = new Service(url, row.key, options)) {
-                  service.collect(row.record);
-                }
-              });
+    try (SandboxProcess sandbox =
+        row.fault == null ? new SandboxProcess() : new SandboxProcess(row.fault)) {
+      TavrinException thrown = assertThrows(TavrinException.class, () -> row.attempt.run(sandbox));
       assertEquals(row.kind, thrown.kind());
       assertEquals(row.message, thrown.getMessage());
-      assertEquals(row.httpStatus, thrown.httpStatus());
+      assertEquals(row.status, thrown.httpStatus());
     }
   }
 
