@@ -33,6 +33,11 @@ class ServiceTest {
     }
 
     @Override
+    public void sourceFinished(String name, long entries, Duration elapsed) {
+      events.add(name + " " + entries + (elapsed.isNegative() ? " in negative time" : ""));
+    }
+
+    @Override
     public void exchangeStarted(String name) {
       throw new IllegalStateException("an observer's bug");
     }
@@ -64,12 +69,12 @@ class ServiceTest {
       assertEquals("accepted record \"" + record + "\" as upload 1", service.collect(record));
       assertEquals(recorder.dataset.length(), service.preview().length());
     }
-    // The login, the check, 13 sources, the upload, and the preview's 13 sources.
-    assertEquals(29, recorder.events.size());
+    // The login, the check, 13 sources started and finished, the upload, and the preview's.
+    assertEquals(55, recorder.events.size());
     assertEquals(
-        List.of("login 200 true", "check 200 true", "source Contacts"),
-        recorder.events.subList(0, 3));
-    assertEquals("upload 200 true", recorder.events.get(15));
+        List.of("login 200 true", "check 200 true", "source Contacts", "Contacts 5"),
+        recorder.events.subList(0, 4));
+    assertEquals("upload 200 true", recorder.events.get(28));
     assertTrue(recorder.lines.stream().anyMatch(line -> line.startsWith("INFO ")), "log lines");
   }
 
