@@ -4,7 +4,8 @@
 # they hold and declare and what the installed library exports, builds
 # examples/host against the unpacked files three ways (CMake with the shared
 # library, CMake with the static library, make with pkg-config), and runs each
-# build against the packaged `tavrin sandbox`.
+# build against the packaged `tavrin sandbox`; and the same for examples/c-host,
+# the C host, built with CMake and with pkg-config.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source=$PWD
@@ -83,13 +84,21 @@ mkdir -p "$scratch/pkg-config"
 PKG_CONFIG_PATH=$prefix/lib/pkgconfig \
   make --no-print-directory -C examples/host OUT="$scratch/pkg-config" \
   PKG_CONFIG="pkg-config --define-prefix"
+c_host_cmake=$scratch/c-cmake/tavrin-c-host
+c_host_pkgconfig=$scratch/c-pkg-config/tavrin-c-host
+cmake -S examples/c-host -B "$scratch/c-cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$scratch/c-cmake"
+mkdir -p "$scratch/c-pkg-config"
+PKG_CONFIG_PATH=$prefix/lib/pkgconfig \
+  make --no-print-directory -C examples/c-host OUT="$scratch/c-pkg-config" \
+  PKG_CONFIG="pkg-config --define-prefix"
 static_libs=$(PKG_CONFIG_PATH=$prefix/lib/pkgconfig pkg-config --define-prefix --static --libs tavrinsdk)
 [[ $static_libs == *-lcurl* && $static_libs == *-licuuc* ]] ||
   fail "pkg-config --static gives no private libraries: $static_libs"
 
 # The shared builds load the unpacked library; the static one needs none.
 export LD_LIBRARY_PATH=$prefix/lib
-for host in "$host_shared" "$host_pkgconfig"; do
+for host in "$host_shared" "$host_pkgconfig" "$c_host_cmake" "$c_host_pkgconfig"; do
   ldd "$host" | grep -q "libtavrinsdk.so.${version%%.*} => $prefix/lib/" ||
     fail "$host does not load $prefix/lib/libtavrinsdk.so"
 done
@@ -106,8 +115,9 @@ read -r -t 60 ready <&"${sandbox[0]}" || true
 read -r -a service <<<"${ready#sandbox ready: }"  # --url U --resolve R --ca-file C
 profile=$source/examples/profiles/iphone-realistic.json
 
-for variant in shared static pkgconfig; do
+for variant in shared static pkgconfig c_cmake c_pkgconfig; do
   host_var=host_$variant
+  [[ $variant == c_* ]] && host_var=c_host_${variant#c_}
   record="host-$variant-1"
   answer=$("${!host_var}" "${service[@]}" --key sandbox-key --record "$record" --profile "$profile") ||
     { cat "$scratch/sandbox.log" >&2; fail "the $variant host failed"; }

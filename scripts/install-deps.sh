@@ -10,7 +10,7 @@ packages=(
   zlib1g-dev liblzma-dev liblz4-dev libcurl4-openssl-dev libicu-dev libssl-dev
   nlohmann-json3-dev libsimdjson-dev libcpp-httplib-dev libsqlite3-dev libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev rapidjson-dev libdeflate-dev
-  gzip xz-utils openssl ca-certificates python3 python3-jsonschema abigail-tools
+  gzip xz-utils openssl ca-certificates python3 python3-jsonschema python3-pytest abigail-tools
   default-jdk-headless junit5
   "$@"
 )

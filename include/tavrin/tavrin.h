@@ -87,6 +87,48 @@ typedef struct tavrin_observer {
   void (*dataset_ready)(void* context, const char* json, size_t length);
 } tavrin_observer;
 
+/// The four permissions a collection may ask for, as tavrin_platform names them.
+enum tavrin_permission {
+  TAVRIN_PERMISSION_PHOTO_LIBRARY = 0,    ///< The photo library.
+  TAVRIN_PERMISSION_CONTACTS = 1,         ///< The address book.
+  TAVRIN_PERMISSION_CALENDAR_EVENTS = 2,  ///< The calendars' events.
+  TAVRIN_PERMISSION_REMINDERS = 3,        ///< The reminder lists.
+};
+
+/// Raw authorization statuses, as a phone reports them; only AUTHORIZED grants access.
+enum tavrin_authorization {
+  TAVRIN_AUTHORIZATION_NOT_DETERMINED = 0,  ///< The user has not been asked yet.
+  TAVRIN_AUTHORIZATION_RESTRICTED = 1,      ///< The store is unavailable to the app.
+  TAVRIN_AUTHORIZATION_DENIED = 2,          ///< The user refused.
+  TAVRIN_AUTHORIZATION_AUTHORIZED = 3,      ///< The user granted access.
+  TAVRIN_AUTHORIZATION_LIMITED = 4,         ///< Photo library only: a partial grant.
+};
+
+/// A permission prompt the host shows; completed once with tavrin_prompt_complete().
+typedef struct tavrin_prompt tavrin_prompt;
+/// Where the host puts its answer to a data query, with tavrin_answer_json().
+typedef struct tavrin_answer tavrin_answer;
+
+/// The device as the host sees it: callbacks through which a host in any language
+/// answers the library's questions about the phone. Any callback may be NULL: a
+/// permission is then denied and a query unanswered. Callbacks come on the thread
+/// that runs the operation, one at a time, with `context` as given; they must not
+/// call the service except tavrin_service_cancel().
+typedef struct tavrin_platform {
+  void* context;  ///< Passed to every callback as it is.
+  /// The raw status of `permission` (tavrin_permission) now, a tavrin_authorization value.
+  long long (*authorization_status)(void* context, int permission);
+  /// Shows the prompt for `permission`. The host completes `prompt` exactly once with
+  /// tavrin_prompt_complete(), during this call or later from any thread.
+  void (*request_access)(void* context, int permission, tavrin_prompt* prompt);
+  /// Answers one member of a device profile (docs/device-profile.md) named `section`:
+  /// "device", "contacts", "calendars", "events", "reminders", "photos",
+  /// "captureDevices", "location", "clock" or "random". The host gives the member's
+  /// JSON with tavrin_answer_json() during the call, or nothing for an empty store.
+  /// Asked at most once per section and run, when the run first needs it.
+  void (*describe)(void* context, const char* section, tavrin_answer* answer);
+} tavrin_platform;
+
 /// The library's version, for example "1.0.0". Static storage: never freed. Any thread.
 TAVRIN_EXPORT const char* tavrin_version(void);
 
@@ -115,6 +157,11 @@ TAVRIN_EXPORT int tavrin_options_set_deadline_ms(tavrin_options* options, long l
 /// machine; NULL or "" for the machine. The file is read by tavrin_service_new() and
 /// tavrin_service_preview(), which report a bad profile as TAVRIN_ERROR_DEVICE_PROFILE.
 TAVRIN_EXPORT int tavrin_options_set_profile_file(tavrin_options* options, const char* path);
+/// Reads the device through `host_platform` (copied; its context must outlive every
+/// service made from these options) instead of the Linux machine or a profile file;
+/// NULL for neither. Replaces a profile file set before, and is replaced by one set after.
+TAVRIN_EXPORT int tavrin_options_set_platform(tavrin_options* options,
+                                              const tavrin_platform* host_platform);
 /// Sends the library's log lines to `fn` with `context`; NULL `fn` for none.
 TAVRIN_EXPORT int tavrin_options_set_log(tavrin_options* options, tavrin_log_fn fn, void* context);
 /// Tells `observer` (copied; its context must outlive every service made from these
@@ -163,6 +210,19 @@ TAVRIN_EXPORT const char* tavrin_error_request_id(const tavrin_error* error);
 TAVRIN_EXPORT const char* tavrin_error_transport_reason(const tavrin_error* error);
 /// Releases an error; NULL is ignored.
 TAVRIN_EXPORT void tavrin_error_free(tavrin_error* error);
+
+/// Completes a prompt with the raw `status` (tavrin_authorization) the user's answer
+/// leaves and, for a failed prompt, `error_description` (NULL for none; copied). Any
+/// thread, once per prompt, which it releases; a run that stopped meanwhile ignores it.
+/// Returns 0, or -1 for a NULL prompt or when memory runs out (the prompt is released
+/// all the same, and the run waiting for it stops at its deadline or cancellation).
+TAVRIN_EXPORT int tavrin_prompt_complete(tavrin_prompt* prompt, long long status,
+                                         const char* error_description);
+/// Answers a data query with the `length` bytes of JSON at `json` (copied), read as
+/// that member of a device profile. Only during the describe callback that received
+/// `answer`. Returns 0, or -1 for a NULL argument or a second answer. A malformed
+/// answer fails the run with TAVRIN_ERROR_DEVICE_PROFILE and the offending pointer.
+TAVRIN_EXPORT int tavrin_answer_json(tavrin_answer* answer, const char* json, size_t length);
 
 /// Releases a string the library returned; NULL is ignored.
 TAVRIN_EXPORT void tavrin_string_free(char* string);

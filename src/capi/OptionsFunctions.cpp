@@ -50,8 +50,20 @@ int tavrin_options_set_deadline_ms(tavrin_options* options, long long millisecon
   });
 }
 
+// The device is the one set last: a profile file or a host's platform.
 int tavrin_options_set_profile_file(tavrin_options* options, const char* path) {
-  return change(options, [&](tavrin_options& o) { o.profileFile = path ? path : ""; });
+  return change(options, [&](tavrin_options& o) {
+    o.profileFile = path ? path : "";
+    o.hostPlatform.reset();
+  });
+}
+
+int tavrin_options_set_platform(tavrin_options* options, const tavrin_platform* hostPlatform) {
+  return change(options, [&](tavrin_options& o) {
+    o.profileFile.clear();
+    o.hostPlatform.reset();
+    if (hostPlatform) o.hostPlatform = *hostPlatform;
+  });
 }
 
 int tavrin_options_set_log(tavrin_options* options, tavrin_log_fn fn, void* context) {

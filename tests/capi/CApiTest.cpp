@@ -2,6 +2,7 @@
 // with its observer and log, each kind of error it reports, and cancellation.
 // Every object made here is released with its _free function, so that the
 // leak check of the sanitizer build fails when one of them releases nothing.
+#include "Owned.hpp"
 #include "SandboxServer.hpp"
 
 #include <tavrin/tavrin.h>
@@ -16,17 +17,6 @@ namespace tavrin {
 namespace {
 
 using sandbox::parseFaultRule;
-
-const std::string realisticPhone = TAVRIN_SOURCE_DIR "/examples/profiles/iphone-realistic.json";
-
-struct Released {
-  void operator()(tavrin_options* options) const { tavrin_options_free(options); }
-  void operator()(tavrin_service* service) const { tavrin_service_free(service); }
-  void operator()(tavrin_error* error) const { tavrin_error_free(error); }
-  void operator()(char* text) const { tavrin_string_free(text); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Released>;
 
 // What the C callbacks saw, in order.
 struct Seen {

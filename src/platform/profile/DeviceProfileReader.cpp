@@ -42,11 +42,33 @@ std::unordered_set<std::string_view> uniqueIdentifiers(const std::string& file, 
   return seen;
 }
 
-// The checks across sections: references resolve, every time zone a
-// recurrence is expanded in is one the calendar knows, and one event query
-// cannot return more rows than the limits allow.
-void checkReferences(const DeviceProfile& profile, const std::string& file,
-                     const ProfileLimits& limits) {
+// A text given whole, as one piece.
+ProfileText onePiece(std::string_view text) {
+  return [text, given = false]() mutable {
+    return std::exchange(given, true) ? std::string_view() : text;
+  };
+}
+
+// A file descriptor, closed when it goes.
+class OpenFile {
+ public:
+  explicit OpenFile(int descriptor) : _descriptor(descriptor) {}
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() { ::close(_descriptor); }
+  int descriptor() const { return _descriptor; }
+
+ private:
+  int _descriptor;
+};
+
+}  // namespace
+
+// References resolve, every time zone a recurrence is expanded in is one the
+// calendar knows, and one event query cannot return more rows than the
+// limits allow.
+void checkDeviceProfile(const DeviceProfile& profile, const std::string& file,
+                        const ProfileLimits& limits) {
   const auto eventCalendars = uniqueIdentifiers(
       file, profile.calendars.events, "calendars", "events", "calendarIdentifier",
       [](const Calendar& c) -> const std::string& { return c.calendarIdentifier; });
@@ -109,34 +131,32 @@ void checkReferences(const DeviceProfile& profile, const std::string& file,
   }
 }
 
-// A file descriptor, closed when it goes.
-class OpenFile {
- public:
-  explicit OpenFile(int descriptor) : _descriptor(descriptor) {}
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() { ::close(_descriptor); }
-  int descriptor() const { return _descriptor; }
-
- private:
-  int _descriptor;
-};
-
-}  // namespace
-
 DeviceProfile readDeviceProfile(const ProfileText& text, const std::string& file,
                                 const ProfileLimits& limits) {
   DeviceProfile profile;
   readProfileJson(text, profile, file, limits);
-  checkReferences(profile, file, limits);
+  checkDeviceProfile(profile, file, limits);
   return profile;
+}
+
+bool readDeviceProfileMember(std::string_view name, std::string_view text, DeviceProfile& profile,
+                             const std::string& file, const ProfileLimits& limits) {
+  bool found = false;
+  describe(
+      [&](Member member, auto& field) {
+        if (found || member.name != name) return;
+        found = true;
+        std::string at = "/";
+        appendPointerToken(at, name);
+        readProfileJson(onePiece(text), field, file, limits, std::move(at));
+      },
+      profile);
+  return found;
 }
 
 DeviceProfile readDeviceProfile(std::string_view text, const std::string& file,
                                 const ProfileLimits& limits) {
-  bool given = false;
-  return readDeviceProfile([&]() { return std::exchange(given, true) ? std::string_view() : text; },
-                           file, limits);
+  return readDeviceProfile(onePiece(text), file, limits);
 }
 
 DeviceProfile readDeviceProfileFile(const std::string& path, const ProfileLimits& limits) {

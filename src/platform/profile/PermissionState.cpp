@@ -7,8 +7,7 @@ std::int64_t PermissionState::status(Permission permission) const {
   return _settings[static_cast<std::size_t>(permission)].status;
 }
 
-void PermissionState::prompt(Permission permission,
-                             std::function<void(std::int64_t status)> deliver) {
+void PermissionState::prompt(Permission permission, Delivery deliver) {
   std::size_t entry = 0;
   {
     const std::lock_guard lock(_mutex);
@@ -16,7 +15,7 @@ void PermissionState::prompt(Permission permission,
     _log.push_back({permission, _pending, {}});
     ++_pending;
   }
-  _threads.run([this, permission, entry, deliver = std::move(deliver)] {
+  threads().run([this, permission, entry, deliver = std::move(deliver)] {
     std::int64_t status = 0;
     {
       const std::lock_guard lock(_mutex);
@@ -30,20 +29,7 @@ void PermissionState::prompt(Permission permission,
       // prompt again at once, and that prompt does not overlap this one.
       --_pending;
     }
-    deliver(status);
-  });
-}
-
-void PermissionState::requestAccess(Permission permission, AccessHandler handler) {
-  prompt(permission, [handler = std::move(handler)](std::int64_t status) {
-    handler(status == AuthorizationStatus::authorized, std::nullopt);
-  });
-}
-
-void PermissionState::refuseEntityType(std::int64_t entityType, AccessHandler handler) {
-  _threads.run([entityType, handler = std::move(handler)] {
-    handler(false,
-            PlatformError{"The entity type " + std::to_string(entityType) + " is not supported."});
+    deliver(status, std::nullopt);
   });
 }
 

@@ -1,13 +1,9 @@
 #pragma once
 
-#include "platform/profile/CompletionThreads.hpp"
-#include "platform/profile/DeviceProfile.hpp"
-
-#include <tavrin/platform/AccessHandler.hpp>
+#include "platform/profile/Permissions.hpp"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -26,26 +22,17 @@ struct PromptRecord {
 
 // The four permissions of a profile platform: their statuses, shared by the
 // stores that read them, and the prompts that change them.
-class PermissionState {
+class PermissionState final : public Permissions {
  public:
   PermissionState(const PermissionSettings& settings, CompletionThreads& threads)
-      : _settings(settings), _threads(threads) {}
+      : Permissions(threads), _settings(settings) {}
 
-  // The current raw status.
-  std::int64_t status(Permission permission) const;
+  std::int64_t status(Permission permission) const override;
 
-  // Shows the prompt. On another thread the user answers: an undecided
-  // permission takes the profile's answer (a decided one is not asked, as on
-  // a phone), then `deliver` runs with the resulting status.
-  void prompt(Permission permission, std::function<void(std::int64_t status)> deliver);
-
-  // `prompt` for a store's access request: `handler` learns whether access
-  // is now authorized.
-  void requestAccess(Permission permission, AccessHandler handler);
-
-  // Answers an access request for an entity type the store does not have:
-  // no prompt, and `handler` gets a refusal with an error, on another thread.
-  void refuseEntityType(std::int64_t entityType, AccessHandler handler);
+  // On another thread the user answers: an undecided permission takes the
+  // profile's answer (a decided one is not asked, as on a phone), then
+  // `deliver` runs with the resulting status.
+  void prompt(Permission permission, Delivery deliver) override;
 
   // Every prompt so far, in the order made.
   std::vector<PromptRecord> log() const;
@@ -55,7 +42,6 @@ class PermissionState {
   PermissionSettings _settings;
   std::vector<PromptRecord> _log;
   std::size_t _pending = 0;
-  CompletionThreads& _threads;
 };
 
 }  // namespace tavrin::platform

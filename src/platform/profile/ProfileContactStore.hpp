@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/profile/DeviceProfile.hpp"
-#include "platform/profile/PermissionState.hpp"
+#include "platform/profile/Permissions.hpp"
 
 #include <mutex>
 
@@ -12,7 +12,7 @@ namespace tavrin::platform {
 // with an access error.
 class ProfileContactStore final : public ContactStore {
  public:
-  ProfileContactStore(ProfileContacts contacts, PermissionState& permissions)
+  ProfileContactStore(ProfileContacts contacts, Permissions& permissions)
       : _contacts(std::move(contacts)), _permissions(permissions) {}
 
   // Contacts have one entity type, 0; any other is restricted (1).
@@ -33,7 +33,7 @@ class ProfileContactStore final : public ContactStore {
   std::optional<PlatformError> accessError() const;
 
   const ProfileContacts _contacts;
-  PermissionState& _permissions;
+  Permissions& _permissions;
   mutable std::mutex _mutex;
   std::vector<std::string> _lastKeysToFetch;
 };

@@ -23,7 +23,7 @@ bool contains(const std::vector<std::string>& identifiers, const std::string& id
 
 ProfileEventStore::ProfileEventStore(ProfileCalendars calendars, std::vector<ProfileEvent> events,
                                      std::optional<std::vector<ProfileReminder>> reminders,
-                                     std::string deviceTimeZone, PermissionState& permissions,
+                                     std::string deviceTimeZone, Permissions& permissions,
                                      CompletionThreads& threads)
     : _calendars(std::move(calendars)),
       _events(std::move(events)),

@@ -2,7 +2,7 @@
 
 #include "platform/profile/CompletionThreads.hpp"
 #include "platform/profile/DeviceProfile.hpp"
-#include "platform/profile/PermissionState.hpp"
+#include "platform/profile/Permissions.hpp"
 #include "platform/profile/RecurrenceExpander.hpp"
 
 #include <map>
@@ -20,7 +20,7 @@ class ProfileEventStore final : public EventStore {
 
   ProfileEventStore(ProfileCalendars calendars, std::vector<ProfileEvent> events,
                     std::optional<std::vector<ProfileReminder>> reminders,
-                    std::string deviceTimeZone, PermissionState& permissions,
+                    std::string deviceTimeZone, Permissions& permissions,
                     CompletionThreads& threads);
 
   // Entity type 0 is calendar events, 1 reminders; any other is restricted (1).
@@ -54,7 +54,7 @@ class ProfileEventStore final : public EventStore {
   const std::optional<std::vector<ProfileReminder>> _reminders;
   const std::string _deviceTimeZone;
   std::map<std::string, RecurrenceExpander> _expanders;  // by time zone
-  PermissionState& _permissions;
+  Permissions& _permissions;
   CompletionThreads& _threads;
 };
 

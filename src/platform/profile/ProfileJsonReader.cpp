@@ -160,8 +160,9 @@ void failTooLarge(const std::string& file, const ProfileLimits& limits) {
       file, "", "larger than the " + std::to_string(limits.bytes) + " bytes a profile may have");
 }
 
-ProfileJsonReader::ProfileJsonReader(const std::string& file, const ProfileLimits& limits)
-    : _file(file), _limits(limits) {}
+ProfileJsonReader::ProfileJsonReader(const std::string& file, const ProfileLimits& limits,
+                                     std::string at)
+    : _file(file), _limits(limits), _at(std::move(at)) {}
 
 void ProfileJsonReader::read(const ProfileText& text, Slot root) {
   _root = root;
@@ -230,7 +231,7 @@ void ProfileJsonReader::open(void* target, const ContainerRules& rules, bool isA
 }
 
 std::string ProfileJsonReader::pointer(std::size_t frames) const {
-  std::string out;
+  std::string out = _at;
   for (std::size_t i = 0; i < frames; ++i) {
     const Frame& frame = _frames[i];
     // A list before its first element: the pointer names the list.

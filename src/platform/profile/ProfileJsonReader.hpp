@@ -93,7 +93,9 @@ struct Frame {
 // text that is not JSON, its line and column.
 class ProfileJsonReader {
  public:
-  ProfileJsonReader(const std::string& file, const ProfileLimits& limits);
+  // `at` is the pointer of the value read within the whole profile: "" for
+  // the profile itself, "/contacts" for its member read on its own.
+  ProfileJsonReader(const std::string& file, const ProfileLimits& limits, std::string at = {});
 
   // Reads the whole text into `root`.
   void read(const ProfileText& text, Slot root);
@@ -124,6 +126,7 @@ class ProfileJsonReader {
 
   const std::string& _file;
   const ProfileLimits& _limits;
+  const std::string _at;
   std::vector<Frame> _frames;  // reused as the reader goes deeper and back
   std::size_t _depth = 0;
   std::size_t _values = 0, _containers = 0;
@@ -423,12 +426,13 @@ bool givenMember(ProfileJsonReader& reader, std::string_view name) {
   return given;
 }
 
-// Reads one described value (a whole profile, or a part of one such as the
-// member "contacts") from JSON text. `file` names the text in errors.
-template <Described T>
+// Reads one value (a whole profile, or a part of one such as the member
+// "contacts") from JSON text. `file` names the text in errors, `at` the
+// value's pointer within the profile.
+template <typename T>
 void readProfileJson(const ProfileText& text, T& out, const std::string& file,
-                     const ProfileLimits& limits = {}) {
-  ProfileJsonReader(file, limits).read(text, slotOf(out));
+                     const ProfileLimits& limits = {}, std::string at = {}) {
+  ProfileJsonReader(file, limits, std::move(at)).read(text, slotOf(out));
 }
 
 }  // namespace tavrin::platform

@@ -2,7 +2,7 @@
 
 namespace tavrin::platform {
 
-ProfilePhotoLibrary::ProfilePhotoLibrary(ProfilePhotos photos, PermissionState& permissions)
+ProfilePhotoLibrary::ProfilePhotoLibrary(ProfilePhotos photos, Permissions& permissions)
     : _assets(std::move(photos.assets)), _permissions(permissions) {
   _collections.reserve(photos.collections.size());
   for (auto& c : photos.collections) {
@@ -21,7 +21,9 @@ std::int64_t ProfilePhotoLibrary::authorizationStatus() {
 }
 
 void ProfilePhotoLibrary::requestAuthorization(std::function<void(std::int64_t status)> handler) {
-  _permissions.prompt(Permission::photoLibrary, std::move(handler));
+  _permissions.prompt(
+      Permission::photoLibrary,
+      [handler = std::move(handler)](std::int64_t status, auto) { handler(status); });
 }
 
 void ProfilePhotoLibrary::enumerateAssets(std::int64_t mediaType,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/profile/DeviceProfile.hpp"
-#include "platform/profile/PermissionState.hpp"
+#include "platform/profile/Permissions.hpp"
 
 #include <unordered_map>
 
@@ -11,7 +11,7 @@ namespace tavrin::platform {
 // the permission is authorized (3).
 class ProfilePhotoLibrary final : public PhotoLibrary {
  public:
-  ProfilePhotoLibrary(ProfilePhotos photos, PermissionState& permissions);
+  ProfilePhotoLibrary(ProfilePhotos photos, Permissions& permissions);
 
   std::int64_t authorizationStatus() override;
   void requestAuthorization(std::function<void(std::int64_t status)> handler) override;
@@ -33,7 +33,7 @@ class ProfilePhotoLibrary final : public PhotoLibrary {
   // number is ever asked for: on a large phone they are most of the profile.
   std::vector<AssetCollection> _collections;
   std::unordered_map<std::string, std::int64_t> _assetCounts;
-  PermissionState& _permissions;
+  Permissions& _permissions;
 };
 
 }  // namespace tavrin::platform
