@@ -37,9 +37,9 @@ bool loadObserverBridge(JNIEnv* env) {
   return !env->ExceptionCheck();
 }
 
-bool ObserverBridge::install(tavrin_options* options) {
+bool installObserver(tavrin_options* options, JavaObject& bridge) {
   tavrin_observer observer{};
-  observer.context = &bridge_;
+  observer.context = &bridge;
   observer.source_started = [](void* context, const char* name) {
     tell(context, methods.sourceStarted, name);
   };
@@ -63,7 +63,7 @@ bool ObserverBridge::install(tavrin_options* options) {
     tell(context, methods.log, line, static_cast<jint>(level));
   };
   return tavrin_options_set_observer(options, &observer) == 0 &&
-         tavrin_options_set_log(options, log, &bridge_) == 0;
+         tavrin_options_set_log(options, log, &bridge) == 0;
 }
 
 }  // namespace tavrin::java

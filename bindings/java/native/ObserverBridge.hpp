@@ -1,7 +1,7 @@
 #pragma once
 
-// A Java Observer (through its com.tavrin.sdk.ObserverBridge) as the observer
-// and the log of the C interface.
+// A Java Observer, through its com.tavrin.sdk.ObserverBridge, as the observer and
+// the log of the C interface.
 
 #include "JavaCallbacks.hpp"
 
@@ -12,16 +12,8 @@ namespace tavrin::java {
 // Looks up the bridge's methods; false with an exception pending when one is missing.
 bool loadObserverBridge(JNIEnv* env);
 
-// Holds the bridge for as long as a service made with it exists.
-class ObserverBridge {
- public:
-  ObserverBridge(JNIEnv* env, jobject bridge) : bridge_(env, bridge) {}
-
-  // Gives the options this bridge as their observer and log; false when refused.
-  bool install(tavrin_options* options);
-
- private:
-  JavaObject bridge_;
-};
+// Gives the options `bridge` as their observer and log; false when refused. The
+// bridge must outlive every service made from the options.
+bool installObserver(tavrin_options* options, JavaObject& bridge);
 
 }  // namespace tavrin::java

@@ -2,6 +2,7 @@
 // each method calls the C interface and turns its error object into a TavrinException.
 #include "JniSupport.hpp"
 #include "ObserverBridge.hpp"
+#include "PlatformBridge.hpp"
 
 #include <com_tavrin_sdk_Service.h>
 
@@ -14,13 +15,16 @@ namespace {
 
 using tavrin::java::COwned;
 using tavrin::java::cString;
+using tavrin::java::installObserver;
+using tavrin::java::installPlatform;
 using tavrin::java::textOf;
 using tavrin::java::throwError;
 
 // What a Service's handle points to: the C service, and the Java objects its
 // callbacks call, which must outlive it (members are destroyed in reverse).
 struct JavaService {
-  std::unique_ptr<tavrin::java::ObserverBridge> observer;
+  std::unique_ptr<tavrin::java::JavaObject> observer;
+  std::unique_ptr<tavrin::java::JavaObject> platform;
   COwned<tavrin_service> service;
 };
 
@@ -57,7 +61,7 @@ extern "C" {
 
 JNIEXPORT jlong JNICALL Java_com_tavrin_sdk_Service_nativeOpen(
     JNIEnv* env, jclass, jbyteArray url, jbyteArray key, jbyteArray caFile, jobjectArray resolve,
-    jlong deadlineMs, jbyteArray profileFile, jobject observer) {
+    jlong deadlineMs, jbyteArray profileFile, jobject observer, jobject platform) {
   return tavrin::java::guarded(env, jlong{0}, [&]() -> jlong {
     const COwned<tavrin_options> options(tavrin_options_new());
     if (!options) throw std::bad_alloc();
@@ -77,8 +81,14 @@ JNIEXPORT jlong JNICALL Java_com_tavrin_sdk_Service_nativeOpen(
     }
     auto made = std::make_unique<JavaService>();
     if (observer != nullptr) {
-      made->observer = std::make_unique<tavrin::java::ObserverBridge>(env, observer);
-      if (!applied(env, made->observer->install(options.get()) ? 0 : -1, "observer")) return 0;
+      made->observer = std::make_unique<tavrin::java::JavaObject>(env, observer);
+      if (!applied(env, installObserver(options.get(), *made->observer) ? 0 : -1, "observer"))
+        return 0;
+    }
+    if (platform != nullptr) {
+      made->platform = std::make_unique<tavrin::java::JavaObject>(env, platform);
+      if (!applied(env, installPlatform(options.get(), *made->platform) ? 0 : -1, "platform"))
+        return 0;
     }
     tavrin_error* error = nullptr;
     made->service.reset(tavrin_service_new(cString(textOf(env, url)), cString(textOf(env, key)),
@@ -124,7 +134,8 @@ JNIEXPORT jint JNI_OnLoad(JavaVM* vm, void*) {
   JNIEnv* env = nullptr;
   if (vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_8) != JNI_OK) return JNI_ERR;
   tavrin::java::rememberVm(vm);
-  const bool loaded = tavrin::java::loadErrors(env) && tavrin::java::loadObserverBridge(env);
+  const bool loaded = tavrin::java::loadErrors(env) && tavrin::java::loadObserverBridge(env) &&
+                      tavrin::java::loadPlatformBridge(env);
   return loaded ? JNI_VERSION_1_8 : JNI_ERR;
 }
 

@@ -21,6 +21,7 @@ public final class Service implements AutoCloseable {
   // Runs share the handle; closing takes it alone, so it is never freed under a run.
   private final ReadWriteLock lock = new ReentrantReadWriteLock();
   private long handle;
+  private final PlatformBridge platform;
 
   /** Checks the URL and logs in with the key and default options, blocking until answered. */
   public Service(String url, String key) throws TavrinException {
@@ -33,6 +34,7 @@ public final class Service implements AutoCloseable {
     for (int i = 0; i < resolve.length; i++) {
       resolve[i] = Utf8.bytes("resolve entry", options.resolve.get(i));
     }
+    platform = options.platform == null ? null : new PlatformBridge(options.platform);
     handle =
         nativeOpen(
             Utf8.bytes("url", url),
@@ -41,7 +43,19 @@ public final class Service implements AutoCloseable {
             resolve,
             options.deadline.toMillis(),
             Utf8.bytes("profile file", options.profileFile),
-            options.observer == null ? null : new ObserverBridge(options.observer));
+            options.observer == null ? null : new ObserverBridge(options.observer),
+            platform);
+    if (platform != null) {
+      // The login reads the device: a platform that threw then had nothing to cancel.
+      RuntimeException failure = platform.takeFailure();
+      if (failure != null) {
+        close();
+        TavrinException failed = new TavrinException(ErrorKind.CANCELLED, "the platform failed");
+        failed.initCause(failure);
+        throw failed;
+      }
+      platform.attach(this);
+    }
   }
 
   /**
@@ -50,19 +64,29 @@ public final class Service implements AutoCloseable {
    */
   public String collect(String recordNumber) throws TavrinException {
     byte[] record = Utf8.bytes("record number", recordNumber);
-    lock.readLock().lock();
-    try {
-      return Utf8.text(nativeCollect(live(), record));
-    } finally {
-      lock.readLock().unlock();
-    }
+    return run(live -> nativeCollect(live, record));
   }
 
   /** The dataset's JSON that a collection would upload now, made without network traffic. */
   public String preview() throws TavrinException {
+    return run(Service::nativePreview);
+  }
+
+  private interface Run {
+    byte[] on(long handle) throws TavrinException;
+  }
+
+  // Runs a collection or preview on the handle, which stays alive meanwhile. The
+  // run's error carries what the host's platform threw, when that cancelled it.
+  private String run(Run run) throws TavrinException {
     lock.readLock().lock();
     try {
-      return Utf8.text(nativePreview(live()));
+      if (platform != null) platform.takeFailure();
+      return Utf8.text(run.on(live()));
+    } catch (TavrinException e) {
+      RuntimeException cause = platform == null ? null : platform.takeFailure();
+      if (cause != null) e.initCause(cause);
+      throw e;
     } finally {
       lock.readLock().unlock();
     }
@@ -106,7 +130,8 @@ public final class Service implements AutoCloseable {
       byte[][] resolve,
       long deadlineMs,
       byte[] profileFile,
-      ObserverBridge observer)
+      ObserverBridge observer,
+      PlatformBridge platform)
       throws TavrinException;
 
   private static native byte[] nativeCollect(long handle, byte[] recordNumber)

@@ -14,6 +14,7 @@ public final class ServiceOptions {
   Duration deadline = Duration.ZERO;
   String profileFile;
   Observer observer;
+  Platform platform;
 
   /** Trusts the CA certificates of this PEM file instead of the system store; null for the store. */
   public ServiceOptions caFile(String path) {
@@ -36,6 +37,15 @@ public final class ServiceOptions {
   /** Reads the device from this device-profile file instead of the machine; null for the machine. */
   public ServiceOptions profileFile(String path) {
     profileFile = path;
+    return this;
+  }
+
+  /**
+   * Reads the device through {@code platform}, implemented by the host, instead of the machine or
+   * a profile file; null for neither.
+   */
+  public ServiceOptions platform(Platform platform) {
+    this.platform = platform;
     return this;
   }
 

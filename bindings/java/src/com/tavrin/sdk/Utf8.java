@@ -14,7 +14,12 @@ final class Utf8 {
     if (text.indexOf('\0') >= 0) {
       throw new TavrinException(ErrorKind.INVALID_INPUT, what + " contains a NUL character");
     }
-    return text.getBytes(StandardCharsets.UTF_8);
+    return encode(text);
+  }
+
+  // The bytes of any text; null stays null.
+  static byte[] encode(String text) {
+    return text == null ? null : text.getBytes(StandardCharsets.UTF_8);
   }
 
   // A text the native library gave; null stays null.
