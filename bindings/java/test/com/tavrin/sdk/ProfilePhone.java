@@ -60,31 +60,16 @@ final class ProfilePhone implements Platform, AutoCloseable {
     dialogs.shutdown();
   }
 
-  // The JSON text of each member of a JSON object, by name (names without escapes).
-  static Map<String, String> membersOf(String json) {
+  // The JSON of each member of a profile laid out as the examples are: each member
+  // on a line of its own, indented by two spaces.
+  static Map<String, String> membersOf(String profile) {
     Map<String, String> members = new HashMap<>();
-    int at = json.indexOf('{') + 1;
-    while (true) {
-      int nameStart = json.indexOf('"', at) + 1;
-      if (nameStart == 0) return members;
-      int nameEnd = json.indexOf('"', nameStart);
-      int valueStart = json.indexOf(':', nameEnd) + 1;
-      int depth = 0;
-      boolean inString = false;
-      for (at = valueStart; ; at++) {
-        char c = json.charAt(at);
-        if (inString) {
-          if (c == '\\') at++;
-          else if (c == '"') inString = false;
-        } else if (c == '"') {
-          inString = true;
-        } else if (c == '{' || c == '[') {
-          depth++;
-        } else if (c == '}' || c == ']' ? depth-- == 0 : c == ',' && depth == 0) {
-          break;
-        }
-      }
-      members.put(json.substring(nameStart, nameEnd), json.substring(valueStart, at).trim());
+    for (String member : profile.split("\n  \"")) {
+      int colon = member.indexOf("\": ");
+      if (colon < 0) continue; // the opening brace
+      String json = member.substring(colon + 3).replaceFirst(",?\\s*(\\n}\\s*)?$", "");
+      members.put(member.substring(0, colon), json);
     }
+    return members;
   }
 }
