@@ -51,9 +51,10 @@ test-sanitize: deps
 # on threads of their own, the sandbox's process, a thread per connection,
 # stopped while clients hold their connections, runs on the library's thread
 # (collectDataAsync) cancelled from the test's (SandboxCollection), and the
-# dashboard's polls waiting on the exchange log. TSAN_TESTS is a ctest regular
+# dashboard's polls waiting on the exchange log, and a C host's prompts completed
+# on its own threads and cancelled from another (CPlatform). TSAN_TESTS is a ctest regular
 # expression over test names; extend it when a test of another waiting path is added.
-TSAN_TESTS ?= Reminder|Prompt|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess|SandboxDashboard|DashboardJson
+TSAN_TESTS ?= Reminder|Prompt|CPlatform|RestServiceOverTls|CollectionRun|Privacy|SandboxServer|SandboxCollection|SandboxLoad|SandboxProcess|SandboxDashboard|DashboardJson
 test-tsan: deps
 	@cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_C_COMPILER=clang-14 \

@@ -30,8 +30,8 @@ static int report(const char* what, tavrin_error* error) {
 }
 
 /* Reads the arguments into `options`; 0 when they are usable. */
-static int parse(int argc, char** argv, tavrin_options* options, const char** url,
-                 const char** key, const char** record) {
+static int parse(int argc, char** argv, tavrin_options* options, const char** url, const char** key,
+                 const char** record) {
   for (int i = 1; i + 1 < argc; i += 2) {
     const char* option = argv[i];
     const char* value = argv[i + 1];

@@ -154,8 +154,9 @@ TAVRIN_EXPORT int tavrin_options_add_resolve(tavrin_options* options,
 /// Negative values are refused.
 TAVRIN_EXPORT int tavrin_options_set_deadline_ms(tavrin_options* options, long long milliseconds);
 /// Reads the device from the device-profile file at `path` instead of the Linux
-/// machine; NULL or "" for the machine. The file is read by tavrin_service_new() and
-/// tavrin_service_preview(), which report a bad profile as TAVRIN_ERROR_DEVICE_PROFILE.
+/// machine; NULL or "" for the machine. The file is read by tavrin_service_new(), which
+/// reports a bad profile as TAVRIN_ERROR_DEVICE_PROFILE. Replaces a host's platform set
+/// before, and is replaced by one set after.
 TAVRIN_EXPORT int tavrin_options_set_profile_file(tavrin_options* options, const char* path);
 /// Reads the device through `host_platform` (copied; its context must outlive every
 /// service made from these options) instead of the Linux machine or a profile file;

@@ -41,12 +41,12 @@ std::optional<std::string> CHostDescription::describe(const std::string& section
 
 extern "C" {
 
-int tavrin_prompt_complete(tavrin_prompt* prompt, long long status, const char* error_description) {
+int tavrin_prompt_complete(tavrin_prompt* prompt, long long status, const char* errorDescription) {
   if (prompt == nullptr) return -1;
   const std::unique_ptr<tavrin_prompt> owned(prompt);
   try {
     std::optional<tavrin::platform::PlatformError> error;
-    if (error_description != nullptr) error = tavrin::platform::PlatformError{error_description};
+    if (errorDescription != nullptr) error = tavrin::platform::PlatformError{errorDescription};
     owned->deliver(status, std::move(error));
     return 0;
   } catch (...) {
