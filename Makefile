@@ -150,13 +150,13 @@ check-layers:
 check-format:
 	@./scripts/check-format.sh
 
-# clang-tidy over the library and the tools, with the checks of .clang-tidy,
-# using the compile commands of the build `make build` made.
+# clang-tidy over the library, the tools and the bindings' native code, with the
+# checks of .clang-tidy, using the compile commands of the build `make build` made.
 tidy: build
 	@./scripts/install-deps.sh clang-tidy-14
-	@run-clang-tidy-14 -p $(BUILD) -j $(JOBS) -quiet '$(CURDIR)/(src|tools)/' >$(BUILD)/tidy.log 2>&1 \
+	@run-clang-tidy-14 -p $(BUILD) -j $(JOBS) -quiet '$(CURDIR)/(src|tools|bindings)/' >$(BUILD)/tidy.log 2>&1 \
 	  || { grep -E 'warning:|error:' -A3 $(BUILD)/tidy.log | head -n 200; exit 1; }
-	@echo "clang-tidy: no findings in src/ and tools/"
+	@echo "clang-tidy: no findings in src/, tools/ and bindings/"
 
 # The shared library against the ABI baseline of the last release (abi/): a
 # change that would break a binary built against it fails, unless the SONAME

@@ -14,6 +14,7 @@ packages=(
   libebook1.2-dev libecal2.0-dev evolution-data-server dbus-daemon
   libexiv2-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-good libmm-glib-dev
   mobile-broadband-provider-info gsettings-desktop-schemas python3-dbusmock
+  default-jdk-headless junit5
   "$@"
 )
 
