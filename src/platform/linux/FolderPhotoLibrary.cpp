@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 struct FolderPhotoLibrary::KnownFile {
   timespec modified{};
   off_t size = 0;
+  std::string identifier;  // Of the path, so the digest is taken once per file.
   MediaFileFacts facts;
 };
 
@@ -125,10 +126,10 @@ bool FolderPhotoLibrary::scan() {
           previous->second.modified.tv_nsec == status.st_mtim.tv_nsec) {
         file = previous->second;
       } else {
-        file = {status.st_mtim, status.st_size, factsOf(path, *mediaType)};
+        file = {status.st_mtim, status.st_size, mediaIdentifier(path), factsOf(path, *mediaType)};
       }
       Asset& asset = assets[path];
-      asset.localIdentifier = mediaIdentifier(path);
+      asset.localIdentifier = file.identifier;
       asset.mediaType = *mediaType;
       asset.sourceType = userLibrary;
       asset.pixelWidth = file.facts.pixelWidth;
@@ -143,9 +144,11 @@ bool FolderPhotoLibrary::scan() {
       const fs::path folder = entry->path().parent_path();
       if (folder == root) continue;
       Album& album = albums[folder.string()];
-      album.collection.localIdentifier = mediaIdentifier(folder.string());
-      album.collection.assetCollectionType = 1;
-      album.collection.assetCollectionSubtype = regularAlbum;
+      if (album.count == 0) {
+        album.collection.localIdentifier = mediaIdentifier(folder.string());
+        album.collection.assetCollectionType = 1;
+        album.collection.assetCollectionSubtype = regularAlbum;
+      }
       widen(album.collection.startDate, album.collection.endDate, asset.creationDate);
       ++album.count;
     }
